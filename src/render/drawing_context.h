@@ -1,0 +1,52 @@
+// The 2D drawing operations the design renderer needs, and nothing more. The renderer depends
+// only on this interface; src/platform/ backs it with QPainter (images, PDF, SVG) and the tests
+// with a recording context. Colours are RGBA with components nominally 0..1 (not clamped here).
+#pragma once
+
+#include <array>
+#include <vector>
+
+struct HMKRgba {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 1;
+    friend bool operator==(const HMKRgba&, const HMKRgba&) = default;
+};
+
+// A three-stop (or longer) linear gradient: colours at locations 0..1.
+struct HMKGradient {
+    std::vector<HMKRgba> colors;
+    std::vector<double> locations;
+    friend bool operator==(const HMKGradient&, const HMKGradient&) = default;
+};
+
+class HMKDrawingContext {
+public:
+    virtual ~HMKDrawingContext() = default;
+
+    virtual void saveState() = 0;
+    virtual void restoreState() = 0;
+    virtual void setRoundLineCap() = 0;
+    virtual void setLineWidth(double width) = 0;
+    // Dash lengths with phase 0; an empty pattern draws solid lines.
+    virtual void setLineDash(const std::vector<double>& pattern) = 0;
+    virtual void setStrokeColor(const HMKRgba& color) = 0;
+    virtual void setFillColor(const HMKRgba& color) = 0;
+
+    virtual void moveTo(double x, double y) = 0;
+    virtual void lineTo(double x, double y) = 0;
+    // Angles in radians; clockwise as seen in the context's own coordinate system.
+    virtual void addArc(double centerX, double centerY, double radius, double startAngle,
+                        double endAngle, bool clockwise) = 0;
+    virtual void addRect(double x, double y, double width, double height) = 0;
+
+    // Each of these consumes the current path.
+    virtual void strokePath() = 0;
+    virtual void fillPath() = 0;
+    virtual void clipToPath() = 0;
+
+    // Fills the current clip with the gradient drawn linearly from start to end.
+    virtual void drawLinearGradient(const HMKGradient& gradient, double startX, double startY,
+                                    double endX, double endY) = 0;
+};
