@@ -1,18 +1,29 @@
 // The hemlark command-line tool: the design operations of the application, in batches.
 #include <CLI/CLI.hpp>
 
-#include <iostream>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/outcome.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"hemlark - inspect, edit and convert machine-embroidery designs"};
     app.set_version_flag("--version", std::string("hemlark ") + HEMLARK_VERSION);
-    app.require_subcommand(0);
+    app.require_subcommand(1);
+    std::vector<std::pair<CLI::App*, HMKCommandRunner>> commands;
+    for (auto add : {addInfoCommand, addConvertCommand, addHoopsCommand}) {
+        HMKCommandRunner run = add(app);
+        commands.emplace_back(app.get_subcommands().back(), std::move(run));
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        int code = app.exit(e);
-        return code == 0 ? 0 : 2;
+        return app.exit(e) == 0 ? kExitSuccess : kExitUsage;
     }
-    std::cout << app.help();
-    return 0;
+    for (auto& [command, run] : commands) {
+        if (command->parsed()) {
+            return run();
+        }
+    }
+    return kExitUsage;
 }

@@ -1,0 +1,93 @@
+#include "cli/design_json.h"
+
+namespace {
+
+// A float widened to double is exact, and nlohmann prints doubles with round-trip precision.
+double exactly(float value) {
+    return static_cast<double>(value);
+}
+
+}  // namespace
+
+nlohmann::json hoopJson(const HMKHoop& hoop) {
+    return {{"name", hoop.name()},         {"vendor", hoop.vendor()},
+            {"code", hoop.code()},         {"width", hoop.width()},
+            {"height", hoop.height()},     {"round", hoop.isRounded()},
+            {"multi", hoop.isMultiHoop()}, {"writable", hoop.isWritable()}};
+}
+
+namespace {
+
+nlohmann::json optionalHoopJson(const std::optional<HMKHoop>& hoop) {
+    if (!hoop) {
+        return nullptr;
+    }
+    return hoopJson(*hoop);
+}
+
+nlohmann::json threadJson(const HMKThread& thread) {
+    return {{"name", thread.name},         {"key", thread.key},
+            {"palette", thread.palette},   {"paletteName", thread.paletteName},
+            {"red", thread.color.red()},   {"green", thread.color.green()},
+            {"blue", thread.color.blue()}, {"length", exactly(thread.length)},
+            {"tension", thread.tension},   {"shown", thread.isShown}};
+}
+
+int recordFlags(const HMKStitch& stitch) {
+    return (stitch.isJumpStitch ? kRecordJumpFlag : 0) |
+           (stitch.isColorChange ? kRecordColorChangeFlag : 0) |
+           (stitch.isSelected ? kRecordSelectedFlag : 0);
+}
+
+}  // namespace
+
+nlohmann::json designJson(const HMKDesign& design, bool withRecords) {
+    nlohmann::json threads = nlohmann::json::array();
+    for (const HMKThread& thread : design.threads()) {
+        threads.push_back(threadJson(thread));
+    }
+    nlohmann::json json = {
+        {"name", design.designName()},
+        {"type", design.designType()},
+        {"version", design.designVersion()},
+        {"description", design.description()},
+        {"hoop", optionalHoopJson(design.designHoop())},
+        {"bounds",
+         {{"xMin", exactly(design.xMin())},
+          {"yMin", exactly(design.yMin())},
+          {"xMax", exactly(design.xMax())},
+          {"yMax", exactly(design.yMax())}}},
+        {"stitches", design.numberOfStitches()},
+        {"jumps", design.numberOfJumps()},
+        {"colors", design.numberOfDifferentColors()},
+        {"selectionActive", design.selectionActive()},
+        {"useThreadFile", design.useThreadFile()},
+        {"threads", std::move(threads)},
+    };
+    if (withRecords) {
+        nlohmann::json records = nlohmann::json::array();
+        for (const HMKStitch& stitch : design.stitches()) {
+            records.push_back(
+                {exactly(stitch.deltaX), exactly(stitch.deltaY), recordFlags(stitch)});
+        }
+        json["records"] = std::move(records);
+    }
+    return json;
+}
+
+nlohmann::json errorJson(const HMKError& error) {
+    return {{"error", {{"code", error.code}, {"message", error.message()}}}};
+}
+
+std::vector<HMKStitch> stitchesFromJson(const nlohmann::json& records) {
+    std::vector<HMKStitch> stitches;
+    stitches.reserve(records.size());
+    for (const nlohmann::json& record : records) {
+        const int flags = record.at(2).get<int>();
+        HMKStitch stitch(record.at(0).get<float>(), record.at(1).get<float>(),
+                         (flags & kRecordJumpFlag) != 0, (flags & kRecordColorChangeFlag) != 0);
+        stitch.isSelected = (flags & kRecordSelectedFlag) != 0;
+        stitches.push_back(stitch);
+    }
+    return stitches;
+}

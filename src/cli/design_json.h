@@ -1,0 +1,28 @@
+// The JSON form of a design that `hemlark info --json` prints and `hemlark convert` dumps
+// when the output ends in ".json". Kept apart from the commands so tests can build the same
+// objects from designs they make themselves and compare them with the tool's output.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "model/design.h"
+#include "model/error.h"
+
+// Bits of the third element of a dumped record.
+inline constexpr int kRecordJumpFlag = 1;
+inline constexpr int kRecordColorChangeFlag = 2;
+inline constexpr int kRecordSelectedFlag = 4;
+
+// name, type, version, description, hoop, bounds, counts, flags and threads; with records,
+// also every stitch record as [deltaX, deltaY, flags]. Floats are widened to doubles exactly,
+// so the printed numbers read back to the same 32-bit values.
+nlohmann::json designJson(const HMKDesign& design, bool withRecords);
+
+// {name, vendor, code, width, height, round, multi, writable}
+nlohmann::json hoopJson(const HMKHoop& hoop);
+
+// {"error": {"code": N, "message": "..."}}
+nlohmann::json errorJson(const HMKError& error);
+
+// The stitch records of a dump, read back (flags from the bit set).
+std::vector<HMKStitch> stitchesFromJson(const nlohmann::json& records);

@@ -1,0 +1,72 @@
+// hemlark info: the design's description, as the information panel shows it, or its JSON.
+#include <iostream>
+#include <map>
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/design_json.h"
+#include "cli/outcome.h"
+#include "model/units.h"
+#include "model/user_defaults.h"
+
+namespace {
+
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+    std::string unit;
+};
+
+const std::map<std::string, HMKMeasurementUnit> kUnits = {
+    {"mm", HMKMeasurementUnit::millimetres},
+    {"in", HMKMeasurementUnit::decimalInches},
+    {"frac", HMKMeasurementUnit::fractionalInches},
+};
+
+int runInfo(const InfoOptions& options) {
+    if (!options.unit.empty()) {
+        HMKUserDefaults::standard().setInteger(static_cast<long long>(kUnits.at(options.unit)),
+                                               "MeasurementUnit");
+    }
+    const bool several = options.files.size() > 1;
+    int exitCode = kExitSuccess;
+    nlohmann::json results = nlohmann::json::array();
+    for (std::size_t i = 0; i < options.files.size(); ++i) {
+        const std::string& file = options.files[i];
+        HMKDesign design;
+        HMKError error;
+        const bool imported = design.importDesignFromURL(file, &error);
+        if (!imported) {
+            exitCode = kExitFailure;
+        }
+        if (options.json) {
+            results.push_back(imported ? designJson(design, false) : errorJson(error));
+        } else if (imported) {
+            std::cout << (i > 0 ? "\n" : "") << design.description() << '\n';
+        } else {
+            printError(error, several ? std::string_view(file) : std::string_view());
+        }
+    }
+    if (options.json) {
+        std::cout << (several ? results : results.front()).dump(2) << '\n';
+    }
+    return exitCode;
+}
+
+}  // namespace
+
+HMKCommandRunner addInfoCommand(CLI::App& app) {
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* command =
+        app.add_subcommand("info", "Describe designs: size, hoop, stitch and jump counts, threads");
+    command->add_option("FILE", options->files, "Design files")->required();
+    command->add_flag("--json", options->json,
+                      "Print JSON (an array for several files) instead of text");
+    command->add_option("--unit", options->unit, "Unit of the sizes: mm, in or frac")
+        ->check(CLI::IsMember({"mm", "in", "frac"}));
+    command->footer(
+        "Examples:\n"
+        "  hemlark info samples/flower.pes\n"
+        "  hemlark info samples/*.dst --json --unit in");
+    return [options] { return runInfo(*options); };
+}
