@@ -1,0 +1,12 @@
+// The designs bundled in samples/, drawn by program so that anyone can make them again.
+#pragma once
+
+#include "model/design.h"
+
+// A daisy: leaves, two rings of satin petals, a filled centre with a satin border (5 colours,
+// about 10,000 stitches, 84 mm across, so it fits the small hoops of every writable format).
+HMKDesign makeFlower();
+// A heart outlined with a satin border over a running underlay (2 colours).
+HMKDesign makeHeart();
+// A five-pointed star sewn as a triple running outline (1 colour).
+HMKDesign makeStar();
