@@ -105,9 +105,10 @@ bool recolor(HMKDesign& design, std::int32_t index, const HMKColor& color,
              const std::string& palette, HMKError* error) {
     if (index < 0 || static_cast<std::size_t>(index) >= design.numberOfThreads()) {
         if (error) {
-            *error = toolError("Thread index " + std::to_string(index) +
-                               " is out of range: the design has " +
-                               std::to_string(design.numberOfThreads()) + " threads.");
+            const std::size_t count = design.numberOfThreads();
+            *error = toolError("Thread index " + std::to_string(index) + " is out of range " +
+                               (count == 0 ? std::string("(the design has no threads).")
+                                           : "(0 to " + std::to_string(count - 1) + ")."));
         }
         return false;
     }

@@ -1,0 +1,278 @@
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+#include <functional>
+
+#include "cli/design_json.h"
+#include "tool_runner.h"
+
+namespace {
+
+HMKDesign imported(const std::filesystem::path& file) {
+    HMKDesign design;
+    HMKError error;
+    EXPECT_TRUE(design.importDesignFromURL(file, &error)) << error.message();
+    return design;
+}
+
+// Where stitch index ends: a point that hits that stitch (and maybe later ones).
+HMKPoint endOfStitch(const HMKDesign& design, std::size_t index) {
+    HMKPoint point;
+    for (std::size_t i = 0; i <= index; ++i) {
+        point.x += design.stitches()[i].deltaX;
+        point.y += design.stitches()[i].deltaY;
+    }
+    return point;
+}
+
+std::string text(HMKPoint point) {
+    return std::to_string(static_cast<long>(point.x)) + "," +
+           std::to_string(static_cast<long>(point.y));
+}
+
+struct EditCase {
+    std::string name;
+    std::vector<std::string> arguments;
+    std::function<void(HMKDesign&)> operation;
+};
+
+const HMKRect kCentre{-150, -150, 300, 300};
+const std::string kCentreText = "-150,-150,300,300";
+
+std::vector<EditCase> editCases(const HMKDesign& design, const std::filesystem::path& other) {
+    const HMKPoint onPetal = endOfStitch(design, design.stitches().size() / 3);
+    const HMKPoint onPetalRounded{static_cast<double>(static_cast<long>(onPetal.x)),
+                                  static_cast<double>(static_cast<long>(onPetal.y))};
+    auto selectCentre = [](HMKDesign& d) { d.selectInRect(kCentre, false); };
+    return {
+        {"select-all", {"--select-all"}, [](HMKDesign& d) { d.selectAll(); }},
+        {"deselect-all",
+         {"--select-all", "--deselect-all"},
+         [](HMKDesign& d) {
+             d.selectAll();
+             d.deselectAll();
+         }},
+        {"invert-selection",
+         {"--select-rect", kCentreText, "--invert-selection"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.invertAll();
+         }},
+        {"select-rect", {"--select-rect", kCentreText}, selectCentre},
+        {"unselect-rect",
+         {"--select-all", "--unselect-rect", kCentreText},
+         [](HMKDesign& d) {
+             d.selectAll();
+             d.selectInRect(kCentre, true);
+         }},
+        {"select-stitch",
+         {"--select-stitch", text(onPetalRounded)},
+         [=](HMKDesign& d) { d.selectStitchAt(onPetalRounded, 0.7f, false); }},
+        {"select-block",
+         {"--select-block", text(onPetalRounded)},
+         [=](HMKDesign& d) { d.selectBlockAt(onPetalRounded, 0.7f, false); }},
+        {"move",
+         {"--select-rect", kCentreText, "--move", "25.5,-40"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.moveSelectionByVector({25.5, -40});
+         }},
+        {"resize",
+         {"--select-rect", kCentreText, "--resize", "1.5"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.resizeSelectionByPercent(1.5f);
+         }},
+        {"rotate",
+         {"--select-rect", kCentreText, "--rotate", "-30"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.rotateSelectionByDegrees(-30);
+         }},
+        {"flip",
+         {"--select-rect", kCentreText, "--flip", "V", "--select-all", "--flip", "H"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.flipSelection("V");
+             d.selectAll();
+             d.flipSelection("H");
+         }},
+        {"center",
+         {"--select-all", "--move", "100,50", "--center"},
+         [](HMKDesign& d) {
+             d.selectAll();
+             d.moveSelectionByVector({100, 50});
+             d.centerDesign();
+         }},
+        {"delete",
+         {"--select-rect", kCentreText, "--delete"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.deleteSelection();
+         }},
+        {"to-jumps",
+         {"--select-rect", kCentreText, "--to-jumps"},
+         [=](HMKDesign& d) {
+             selectCentre(d);
+             d.switchSelectionToJumps(true);
+         }},
+        {"to-stitches",
+         {"--select-all", "--to-stitches"},
+         [](HMKDesign& d) {
+             d.selectAll();
+             d.switchSelectionToJumps(false);
+         }},
+        {"basting", {"--basting", "3,5"}, [](HMKDesign& d) { d.addBastingWithLength(3, 5); }},
+        {"insert-thread",
+         {"--select-block", text(onPetalRounded), "--insert-thread"},
+         [=](HMKDesign& d) {
+             d.selectBlockAt(onPetalRounded, 0.7f, false);
+             d.insertThreadBeforeSelection();
+         }},
+        {"delete-thread", {"--delete-thread", "1"}, [](HMKDesign& d) { d.deleteThreadAtIndex(1); }},
+        {"move-thread",
+         {"--move-thread", "0,2"},
+         [](HMKDesign& d) { d.moveThreadFromIndex(0, 2); }},
+        {"append",
+         {"--append", other.string()},
+         [=](HMKDesign& d) { d.appendDesign(imported(other)); }},
+        {"palette-individual",
+         {"--palette", ""},
+         [](HMKDesign& d) {
+             for (std::size_t i = 0; i < d.numberOfThreads(); ++i) {
+                 d.changeThread(static_cast<std::int32_t>(i), d.threads()[i].color, "");
+             }
+         }},
+        {"recolor",
+         {"--recolor", "1,10,20,30"},
+         [](HMKDesign& d) { d.changeThread(1, HMKColor(10 / 255.0, 20 / 255.0, 30 / 255.0), ""); }},
+        {"hoop", {"--hoop", "Janome,4"}, [](HMKDesign& d) { d.setHoopFromVendor("Janome", 4); }},
+        {"optimize", {"--optimize", "PES"}, [](HMKDesign& d) { d.optimizeJumpsFor("PES"); }},
+    };
+}
+
+class ConvertCommand : public ToolTest {};
+
+}  // namespace
+
+TEST_F(ConvertCommand, EveryEditDumpsWhatTheDesignOperationMakes) {
+    const auto input = sample("flower.pes");
+    const auto other = sample("star.pes");
+    const HMKDesign original = imported(input);
+    for (const EditCase& edit : editCases(original, other)) {
+        const auto output = folder_ / (edit.name + ".json");
+        std::vector<std::string> arguments = {"convert", input.string(), output.string()};
+        arguments.insert(arguments.end(), edit.arguments.begin(), edit.arguments.end());
+        ToolRun run = runTool(arguments);
+        ASSERT_EQ(run.exitCode, 0) << edit.name << ": " << run.err;
+
+        HMKDesign expected = original;
+        edit.operation(expected);
+        const nlohmann::json dumped = nlohmann::json::parse(readText(output));
+        const nlohmann::json wanted = designJson(expected, true);
+        EXPECT_TRUE(dumped["records"] == wanted["records"]) << edit.name << ": records differ";
+        EXPECT_EQ(dumped["threads"], wanted["threads"]) << edit.name;
+        EXPECT_EQ(dumped, wanted) << edit.name;
+    }
+}
+
+TEST_F(ConvertCommand, DumpWithoutEditsHoldsTheImportedRecordsUnchanged) {
+    const auto input = sample("heart.dst");
+    ToolRun run = runTool({"convert", input.string(), (folder_ / "heart.json").string()});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    nlohmann::json dumped = nlohmann::json::parse(readText(folder_ / "heart.json"));
+    EXPECT_EQ(stitchesFromJson(dumped["records"]), imported(input).stitches());
+}
+
+TEST_F(ConvertCommand, WritesEveryWritableFormatAsTheExportDoes) {
+    const auto input = sample("flower.pes");
+    std::filesystem::create_directories(folder_ / "tool");
+    std::filesystem::create_directories(folder_ / "direct");
+    for (const std::string extension : {"dst", "pes", "pec", "jef", "exp", "pcs"}) {
+        const auto output = folder_ / "tool" / ("flower." + extension);
+        ToolRun run = runTool({"convert", input.string(), output.string()});
+        EXPECT_EQ(run.exitCode, 0) << extension << ": " << run.err;
+
+        const auto direct = folder_ / "direct" / ("flower." + extension);
+        HMKDesign design = imported(input);
+        design.setDesignLocation(direct);
+        ASSERT_TRUE(design.exportDesignToURL(direct));
+        EXPECT_EQ(readText(output), readText(direct)) << extension;
+    }
+}
+
+TEST_F(ConvertCommand, ThreadSideFileFollowsTheOutputNotTheInput) {
+    const auto input = sample("flower.dst");
+    std::filesystem::create_directories(folder_ / "out");
+    std::ofstream(folder_ / "out" / "flower.threads") << "stale";
+    ToolRun run = runTool({"convert", input.string(), (folder_ / "out" / "flower.exp").string()});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "out" / "flower.threads"));
+
+    // With a side file beside the input the design uses it, and the output gets its own.
+    HMKDesign design = imported(input);
+    design.exportThreadsForDesign(input);
+    run = runTool({"convert", input.string(), (folder_ / "out" / "flower.exp").string()});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(std::filesystem::exists(folder_ / "out" / "flower.threads"));
+    EXPECT_TRUE(std::filesystem::exists(folder_ / "flower.threads"));
+}
+
+TEST_F(ConvertCommand, DesignErrorsArePassedThroughWithExitOne) {
+    const auto input = sample("star.pes");
+    struct Case {
+        std::vector<std::string> arguments;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {{(folder_ / "star.xyz").string()},
+         "hemlark: error 50: Unsupported file format (UTI) for export.\n"},
+        {{(folder_ / "star.dst").string(), "--select-all", "--flip", "v"},
+         "hemlark: error 70: Unable to flip the design (invalid orientation).\n"},
+        {{(folder_ / "star.dst").string(), "--recolor", "5,0,0,0"},
+         "hemlark: error 1: Thread index 5 is out of range (0 to 0).\n"},
+        {{(folder_ / "star.dst").string(), "--hoop", "Pfaff,99"},
+         "hemlark: error 1: No Pfaff hoop has the code 99.\n"},
+        {{(folder_ / "star.dst").string(), "--append", (folder_ / "none.xyz").string()},
+         "hemlark: error 10: Unknown file format (UTI).\n"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> arguments = {"convert", input.string()};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        ToolRun run = runTool(arguments);
+        EXPECT_EQ(run.exitCode, 1) << c.message;
+        EXPECT_EQ(run.err, c.message);
+    }
+}
+
+TEST(CommandLine, UsageErrorsExitWithTwo) {
+    const std::vector<std::vector<std::string>> cases = {
+        {},
+        {"frobnicate"},
+        {"info"},
+        {"info", "a.dst", "--unit", "cm"},
+        {"convert", "a.dst"},
+        {"convert", "a.dst", "b.dst", "c.dst"},
+        {"convert", "a.dst", "b.dst", "--resize", "0"},
+        {"convert", "a.dst", "b.dst", "--move", "1"},
+        {"convert", "a.dst", "b.dst", "--recolor", "0,256,0,0"},
+        {"convert", "a.dst", "b.dst", "--bogus"},
+        {"convert", "a.dst", "b.dst", "--out-dir", "out"},
+        {"convert", "a.dst", "--to", "pes", "--jobs", "-1"},
+        {"render", "a.dst"},
+    };
+    for (const auto& arguments : cases) {
+        ToolRun run = runTool(arguments);
+        EXPECT_EQ(run.exitCode, 2) << testing::PrintToString(arguments) << run.err;
+        EXPECT_NE(run.err, "") << testing::PrintToString(arguments);
+    }
+}
+
+TEST(CommandLine, EveryCommandHasHelp) {
+    for (const char* command : {"info", "convert", "render", "palettes", "hoops"}) {
+        ToolRun run = runTool({command, "--help"});
+        EXPECT_EQ(run.exitCode, 0) << command;
+        EXPECT_NE(run.out.find("Usage:"), std::string::npos) << command;
+        EXPECT_NE(run.out.find("Example"), std::string::npos) << command;
+    }
+}
