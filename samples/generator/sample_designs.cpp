@@ -145,18 +145,23 @@ HMKDesign makeHeart() {
     DesignBuilder builder;
     const std::vector<SamplePoint> outline = heartOutline(18, 720);
     builder.beginThread(200, 16, 46);  // satin border
+    // The satin crosses the outline at equal distances along it, square to its direction.
+    const std::vector<SamplePoint> dense = heartOutline(18, 20000);
     std::vector<SamplePoint> inner, outer;
     const double halfWidth = 15;
-    const std::size_t crossings = 1200;
-    for (std::size_t k = 0; k <= crossings; ++k) {
-        const std::size_t i = k * (outline.size() - 1) / crossings;
-        const SamplePoint next = outline[(i + 1) % (outline.size() - 1)];
-        const SamplePoint previous = outline[(i + outline.size() - 2) % (outline.size() - 1)];
-        const SamplePoint tangent = next - previous;
-        const double length = std::max(distance(next, previous), 1e-9);
+    double along = 0;
+    double nextCrossing = 0;
+    for (std::size_t i = 1; i < dense.size(); ++i) {
+        along += distance(dense[i - 1], dense[i]);
+        if (along < nextCrossing) {
+            continue;
+        }
+        nextCrossing += kSatinSpacing;
+        const SamplePoint tangent = dense[i] - dense[i - 1];
+        const double length = std::max(distance(dense[i], dense[i - 1]), 1e-9);
         const SamplePoint normal = SamplePoint{tangent.y, -tangent.x} * (1 / length);
-        outer.push_back(outline[i] + normal * halfWidth);
-        inner.push_back(outline[i] - normal * halfWidth);
+        outer.push_back(dense[i] + normal * halfWidth);
+        inner.push_back(dense[i] - normal * halfWidth);
     }
     builder.startRunAt(outline.front());
     builder.runAlong(outline, kUnderlayStitch);
