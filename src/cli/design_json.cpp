@@ -9,7 +9,7 @@ double exactly(float value) {
 
 }  // namespace
 
-nlohmann::json hoopJson(const HMKHoop& hoop) {
+HMKJson hoopJson(const HMKHoop& hoop) {
     return {{"name", hoop.name()},         {"vendor", hoop.vendor()},
             {"code", hoop.code()},         {"width", hoop.width()},
             {"height", hoop.height()},     {"round", hoop.isRounded()},
@@ -18,14 +18,14 @@ nlohmann::json hoopJson(const HMKHoop& hoop) {
 
 namespace {
 
-nlohmann::json optionalHoopJson(const std::optional<HMKHoop>& hoop) {
+HMKJson optionalHoopJson(const std::optional<HMKHoop>& hoop) {
     if (!hoop) {
         return nullptr;
     }
     return hoopJson(*hoop);
 }
 
-nlohmann::json threadJson(const HMKThread& thread) {
+HMKJson threadJson(const HMKThread& thread) {
     return {{"name", thread.name},         {"key", thread.key},
             {"palette", thread.palette},   {"paletteName", thread.paletteName},
             {"red", thread.color.red()},   {"green", thread.color.green()},
@@ -41,12 +41,12 @@ int recordFlags(const HMKStitch& stitch) {
 
 }  // namespace
 
-nlohmann::json designJson(const HMKDesign& design, bool withRecords) {
-    nlohmann::json threads = nlohmann::json::array();
+HMKJson designJson(const HMKDesign& design, bool withRecords) {
+    HMKJson threads = HMKJson::array();
     for (const HMKThread& thread : design.threads()) {
         threads.push_back(threadJson(thread));
     }
-    nlohmann::json json = {
+    HMKJson json = {
         {"name", design.designName()},
         {"type", design.designType()},
         {"version", design.designVersion()},
@@ -65,7 +65,7 @@ nlohmann::json designJson(const HMKDesign& design, bool withRecords) {
         {"threads", std::move(threads)},
     };
     if (withRecords) {
-        nlohmann::json records = nlohmann::json::array();
+        HMKJson records = HMKJson::array();
         for (const HMKStitch& stitch : design.stitches()) {
             records.push_back(
                 {exactly(stitch.deltaX), exactly(stitch.deltaY), recordFlags(stitch)});
@@ -75,14 +75,14 @@ nlohmann::json designJson(const HMKDesign& design, bool withRecords) {
     return json;
 }
 
-nlohmann::json errorJson(const HMKError& error) {
+HMKJson errorJson(const HMKError& error) {
     return {{"error", {{"code", error.code}, {"message", error.message()}}}};
 }
 
-std::vector<HMKStitch> stitchesFromJson(const nlohmann::json& records) {
+std::vector<HMKStitch> stitchesFromJson(const HMKJson& records) {
     std::vector<HMKStitch> stitches;
     stitches.reserve(records.size());
-    for (const nlohmann::json& record : records) {
+    for (const HMKJson& record : records) {
         const int flags = record.at(2).get<int>();
         HMKStitch stitch(record.at(0).get<float>(), record.at(1).get<float>(),
                          (flags & kRecordJumpFlag) != 0, (flags & kRecordColorChangeFlag) != 0);

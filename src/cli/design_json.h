@@ -8,6 +8,9 @@
 #include "model/design.h"
 #include "model/error.h"
 
+// Objects keep their keys in the order they are written, so the output reads in that order.
+using HMKJson = nlohmann::ordered_json;
+
 // Bits of the third element of a dumped record.
 inline constexpr int kRecordJumpFlag = 1;
 inline constexpr int kRecordColorChangeFlag = 2;
@@ -16,13 +19,13 @@ inline constexpr int kRecordSelectedFlag = 4;
 // name, type, version, description, hoop, bounds, counts, flags and threads; with records,
 // also every stitch record as [deltaX, deltaY, flags]. Floats are widened to doubles exactly,
 // so the printed numbers read back to the same 32-bit values.
-nlohmann::json designJson(const HMKDesign& design, bool withRecords);
+HMKJson designJson(const HMKDesign& design, bool withRecords);
 
 // {name, vendor, code, width, height, round, multi, writable}
-nlohmann::json hoopJson(const HMKHoop& hoop);
+HMKJson hoopJson(const HMKHoop& hoop);
 
 // {"error": {"code": N, "message": "..."}}
-nlohmann::json errorJson(const HMKError& error);
+HMKJson errorJson(const HMKError& error);
 
 // The stitch records of a dump, read back (flags from the bit set).
-std::vector<HMKStitch> stitchesFromJson(const nlohmann::json& records);
+std::vector<HMKStitch> stitchesFromJson(const HMKJson& records);

@@ -11,7 +11,7 @@ namespace {
 int runHoops(bool json) {
     const std::vector<HMKHoop> hoops = HMKDesign::hoops();
     if (json) {
-        nlohmann::json list = nlohmann::json::array();
+        HMKJson list = HMKJson::array();
         for (const HMKHoop& hoop : hoops) {
             list.push_back(hoopJson(hoop));
         }

@@ -30,7 +30,7 @@ int runInfo(const InfoOptions& options) {
     }
     const bool several = options.files.size() > 1;
     int exitCode = kExitSuccess;
-    nlohmann::json results = nlohmann::json::array();
+    HMKJson results = HMKJson::array();
     for (std::size_t i = 0; i < options.files.size(); ++i) {
         const std::string& file = options.files[i];
         HMKDesign design;

@@ -13,7 +13,9 @@ int main(int argc, char** argv) {
     std::vector<std::pair<CLI::App*, HMKCommandRunner>> commands;
     for (auto add : {addInfoCommand, addConvertCommand, addHoopsCommand}) {
         HMKCommandRunner run = add(app);
-        commands.emplace_back(app.get_subcommands().back(), std::move(run));
+        // Every subcommand so far (without a filter, CLI11 lists only the parsed ones).
+        auto all = app.get_subcommands([](const CLI::App*) { return true; });
+        commands.emplace_back(all.back(), std::move(run));
     }
     try {
         app.parse(argc, argv);

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "cli/design_json.h"
+#include "model/color_list.h"
 #include "tool_runner.h"
 
 namespace {
@@ -44,7 +45,7 @@ std::vector<EditCase> editCases(const HMKDesign& design, const std::filesystem::
     const HMKPoint onPetalRounded{static_cast<double>(static_cast<long>(onPetal.x)),
                                   static_cast<double>(static_cast<long>(onPetal.y))};
     auto selectCentre = [](HMKDesign& d) { d.selectInRect(kCentre, false); };
-    return {
+    std::vector<EditCase> cases = {
         {"select-all", {"--select-all"}, [](HMKDesign& d) { d.selectAll(); }},
         {"deselect-all",
          {"--select-all", "--deselect-all"},
@@ -149,6 +150,23 @@ std::vector<EditCase> editCases(const HMKDesign& design, const std::filesystem::
         {"hoop", {"--hoop", "Janome,4"}, [](HMKDesign& d) { d.setHoopFromVendor("Janome", 4); }},
         {"optimize", {"--optimize", "PES"}, [](HMKDesign& d) { d.optimizeJumpsFor("PES"); }},
     };
+    // Matching into a named palette needs one to be installed.
+    for (const std::string& palette : HMKColorList::shippedPaletteNames()) {
+        if (HMKColorList::named(palette)) {
+            cases.push_back({"palette-" + palette, {"--palette", palette}, [=](HMKDesign& d) {
+                                 for (std::size_t i = 0; i < d.numberOfThreads(); ++i) {
+                                     d.changeThread(static_cast<std::int32_t>(i),
+                                                    d.threads()[i].color, palette);
+                                 }
+                             }});
+            cases.push_back(
+                {"recolor-" + palette, {"--recolor", "0,200,30,40," + palette}, [=](HMKDesign& d) {
+                     d.changeThread(0, HMKColor(200 / 255.0, 30 / 255.0, 40 / 255.0), palette);
+                 }});
+            break;
+        }
+    }
+    return cases;
 }
 
 class ConvertCommand : public ToolTest {};
@@ -168,8 +186,8 @@ TEST_F(ConvertCommand, EveryEditDumpsWhatTheDesignOperationMakes) {
 
         HMKDesign expected = original;
         edit.operation(expected);
-        const nlohmann::json dumped = nlohmann::json::parse(readText(output));
-        const nlohmann::json wanted = designJson(expected, true);
+        const HMKJson dumped = HMKJson::parse(readText(output));
+        const HMKJson wanted = designJson(expected, true);
         EXPECT_TRUE(dumped["records"] == wanted["records"]) << edit.name << ": records differ";
         EXPECT_EQ(dumped["threads"], wanted["threads"]) << edit.name;
         EXPECT_EQ(dumped, wanted) << edit.name;
@@ -180,7 +198,7 @@ TEST_F(ConvertCommand, DumpWithoutEditsHoldsTheImportedRecordsUnchanged) {
     const auto input = sample("heart.dst");
     ToolRun run = runTool({"convert", input.string(), (folder_ / "heart.json").string()});
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    nlohmann::json dumped = nlohmann::json::parse(readText(folder_ / "heart.json"));
+    HMKJson dumped = HMKJson::parse(readText(folder_ / "heart.json"));
     EXPECT_EQ(stitchesFromJson(dumped["records"]), imported(input).stitches());
 }
 

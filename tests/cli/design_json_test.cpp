@@ -23,7 +23,7 @@ HMKDesign twoThreadDesign() {
 }  // namespace
 
 TEST(DesignJson, RecordsCarryTheirFlagsAsBits) {
-    nlohmann::json json = designJson(twoThreadDesign(), true);
+    HMKJson json = designJson(twoThreadDesign(), true);
     ASSERT_EQ(json["records"].size(), 4u);
     EXPECT_EQ(json["records"][0][2], kRecordJumpFlag);
     EXPECT_EQ(json["records"][1][2], 0);
@@ -33,7 +33,7 @@ TEST(DesignJson, RecordsCarryTheirFlagsAsBits) {
 
 TEST(DesignJson, PrintedFloatsReadBackToTheSameBits) {
     const HMKDesign design = twoThreadDesign();
-    nlohmann::json reread = nlohmann::json::parse(designJson(design, true).dump());
+    HMKJson reread = HMKJson::parse(designJson(design, true).dump());
     std::vector<HMKStitch> stitches = stitchesFromJson(reread["records"]);
     ASSERT_EQ(stitches.size(), design.stitches().size());
     for (std::size_t i = 0; i < stitches.size(); ++i) {
@@ -50,7 +50,7 @@ TEST(DesignJson, DescribesTheDesignWithoutRecordsForInfo) {
     design.setDesignName("rose.dst");
     design.setDesignType("DST");
     design.setDesignVersion(10);
-    nlohmann::json json = designJson(design, false);
+    HMKJson json = designJson(design, false);
     EXPECT_FALSE(json.contains("records"));
     EXPECT_EQ(json["name"], "rose.dst");
     EXPECT_EQ(json["type"], "DST");
@@ -65,7 +65,7 @@ TEST(DesignJson, DescribesTheDesignWithoutRecordsForInfo) {
 }
 
 TEST(DesignJson, ThreadsCarryNamesKeysPalettesAndColourFractions) {
-    nlohmann::json thread = designJson(twoThreadDesign(), false)["threads"][0];
+    HMKJson thread = designJson(twoThreadDesign(), false)["threads"][0];
     EXPECT_EQ(thread["name"], "Orange");
     EXPECT_EQ(thread["key"], "123");
     EXPECT_EQ(thread["palette"], "P");
@@ -81,15 +81,15 @@ TEST(DesignJson, ThreadsCarryNamesKeysPalettesAndColourFractions) {
 TEST(DesignJson, HoopIsAnObjectWithEveryField) {
     HMKDesign design = twoThreadDesign();
     ASSERT_TRUE(design.setHoopFromVendor("Janome", 4));
-    nlohmann::json hoop = designJson(design, false)["hoop"];
-    EXPECT_EQ(hoop, (nlohmann::json{{"name", "SQ"},
-                                    {"vendor", "Janome"},
-                                    {"code", 4},
-                                    {"width", 200},
-                                    {"height", 200},
-                                    {"round", false},
-                                    {"multi", false},
-                                    {"writable", true}}));
+    HMKJson hoop = designJson(design, false)["hoop"];
+    EXPECT_EQ(hoop, (HMKJson{{"name", "SQ"},
+                             {"vendor", "Janome"},
+                             {"code", 4},
+                             {"width", 200},
+                             {"height", 200},
+                             {"round", false},
+                             {"multi", false},
+                             {"writable", true}}));
 }
 
 TEST(DesignJson, ErrorCarriesCodeAndMessage) {

@@ -55,7 +55,7 @@ TEST_F(InfoCommand, JsonHasEveryFieldOfTheDesignButNoRecords) {
     const auto file = sample("flower.jef");
     ToolRun run = runTool({"info", "--json", file.string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    nlohmann::json json = nlohmann::json::parse(run.out);
+    HMKJson json = HMKJson::parse(run.out);
     EXPECT_EQ(json, designJson(imported(file), false));
     for (const char* field :
          {"name", "type", "version", "description", "hoop", "bounds", "stitches", "jumps", "colors",
@@ -70,13 +70,12 @@ TEST_F(InfoCommand, JsonOfSeveralFilesIsAnArrayWithErrorsInPlace) {
     const auto good = sample("star.pes");
     ToolRun run = runTool({"info", "--json", good.string(), (folder_ / "missing.xyz").string()});
     EXPECT_EQ(run.exitCode, 1);
-    nlohmann::json json = nlohmann::json::parse(run.out);
+    HMKJson json = HMKJson::parse(run.out);
     ASSERT_TRUE(json.is_array());
     ASSERT_EQ(json.size(), 2u);
     EXPECT_EQ(json[0], designJson(imported(good), false));
-    EXPECT_EQ(
-        json[1],
-        (nlohmann::json{{"error", {{"code", 10}, {"message", "Unknown file format (UTI)."}}}}));
+    EXPECT_EQ(json[1],
+              (HMKJson{{"error", {{"code", 10}, {"message", "Unknown file format (UTI)."}}}}));
 }
 
 TEST_F(InfoCommand, UnknownExtensionFailsWithErrorTen) {
@@ -90,9 +89,9 @@ TEST_F(InfoCommand, UnknownExtensionFailsWithErrorTen) {
 TEST_F(InfoCommand, FailureWithJsonPrintsTheErrorObject) {
     ToolRun run = runTool({"info", "--json", (folder_ / "design.xyz").string()});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(nlohmann::json::parse(run.out),
-              nlohmann::json::parse(
-                  R"({"error": {"code": 10, "message": "Unknown file format (UTI)."}})"));
+    EXPECT_EQ(
+        HMKJson::parse(run.out),
+        HMKJson::parse(R"({"error": {"code": 10, "message": "Unknown file format (UTI)."}})"));
 }
 
 TEST_F(InfoCommand, ReaderErrorsArePassedThrough) {

@@ -1,0 +1,92 @@
+// hemlark palettes: the installed thread palettes, or the threads of one of them.
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/design_json.h"
+#include "cli/outcome.h"
+#include "model/color_list.h"
+#include "model/thread.h"
+
+namespace {
+
+struct PalettesOptions {
+    std::string name;
+    bool json = false;
+};
+
+int component(double fraction) {
+    return static_cast<int>(std::lround(fraction * 255));
+}
+
+int listPalettes(bool json) {
+    HMKJson list = HMKJson::array();
+    std::size_t installed = 0;
+    for (const std::string& name : HMKColorList::shippedPaletteNames()) {
+        // A palette whose files are not installed is left out.
+        if (auto palette = HMKColorList::named(name)) {
+            ++installed;
+            if (json) {
+                list.push_back({{"name", name}, {"threads", palette->entries().size()}});
+            } else {
+                std::printf("%-22s %4zu threads\n", name.c_str(), palette->entries().size());
+            }
+        }
+    }
+    if (json) {
+        std::printf("%s\n", list.dump(2).c_str());
+    } else if (installed == 0) {
+        std::printf("No thread palettes are installed.\n");
+    }
+    return kExitSuccess;
+}
+
+int listThreads(const std::string& name, bool json) {
+    auto palette = HMKColorList::named(name);
+    if (!palette) {
+        HMKError error = makeError(140, "color palette not found");
+        if (json) {
+            std::printf("%s\n", errorJson(error).dump(2).c_str());
+        } else {
+            printError(error);
+        }
+        return kExitFailure;
+    }
+    HMKJson list = HMKJson::array();
+    for (const auto& [key, color] : palette->entries()) {
+        const std::string threadName = HMKThread::fromPaletteKey(key, name).name;
+        if (json) {
+            list.push_back({{"key", key},
+                            {"name", threadName},
+                            {"red", color.red()},
+                            {"green", color.green()},
+                            {"blue", color.blue()}});
+        } else {
+            std::printf("%-10s #%02x%02x%02x  %s\n", key.c_str(), component(color.red()),
+                        component(color.green()), component(color.blue()), threadName.c_str());
+        }
+    }
+    if (json) {
+        std::printf("%s\n", list.dump(2).c_str());
+    }
+    return kExitSuccess;
+}
+
+}  // namespace
+
+HMKCommandRunner addPalettesCommand(CLI::App& app) {
+    auto options = std::make_shared<PalettesOptions>();
+    CLI::App* command = app.add_subcommand(
+        "palettes", "List the installed thread palettes, or the threads of one palette");
+    command->add_option("NAME", options->name, "A palette's name");
+    command->add_flag("--json", options->json, "Print JSON");
+    command->footer(
+        "Examples:\n"
+        "  hemlark palettes\n"
+        "  hemlark palettes \"Madeira Rayon\"");
+    return [options] {
+        return options->name.empty() ? listPalettes(options->json)
+                                     : listThreads(options->name, options->json);
+    };
+}
