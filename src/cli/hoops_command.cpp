@@ -18,7 +18,7 @@ int runHoops(bool json) {
         std::printf("%s\n", list.dump(2).c_str());
         return kExitSuccess;
     }
-    std::printf("%-8s %-12s %5s  %-18s %s\n", "Vendor", "Name", "Code", "Size", "Notes");
+    std::printf("%-8s %-12s %5s  %-20s %s\n", "Vendor", "Name", "Code", "Size", "Notes");
     for (const HMKHoop& hoop : hoops) {
         std::string notes;
         if (hoop.isRounded())
@@ -27,7 +27,7 @@ int runHoops(bool json) {
             notes += "multi-position ";
         if (!hoop.isWritable())
             notes += "never chosen for writing";
-        std::printf("%-8s %-12s %5d  %-18s %s\n", hoop.vendor().c_str(), hoop.name().c_str(),
+        std::printf("%-8s %-12s %5d  %-20s %s\n", hoop.vendor().c_str(), hoop.name().c_str(),
                     hoop.code(), hoop.sizeString().c_str(), notes.c_str());
     }
     return kExitSuccess;

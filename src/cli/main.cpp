@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string("hemlark ") + HEMLARK_VERSION);
     app.require_subcommand(1);
     std::vector<std::pair<CLI::App*, HMKCommandRunner>> commands;
-    for (auto add : {addInfoCommand, addConvertCommand, addHoopsCommand}) {
+    for (auto add : {addInfoCommand, addConvertCommand, addPalettesCommand, addHoopsCommand}) {
         HMKCommandRunner run = add(app);
         // Every subcommand so far (without a filter, CLI11 lists only the parsed ones).
         auto all = app.get_subcommands([](const CLI::App*) { return true; });
