@@ -210,6 +210,14 @@ TEST(Archive, RelativeAndPlainLocationsRoundTrip) {
     }
 }
 
+TEST(Archive, NamesThatAreNotUtf8AreKeptAsLatin1Text) {
+    HMKDesign design;
+    design.setDesignName("Caf\xE9 \xFF");
+    auto decoded = unarchiveDesign(archiveDesign(design));
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->designName(), "Café ÿ");
+}
+
 TEST(Archive, IsAKeyedArchiverBinaryPropertyList) {
     HMKDesign design = randomDesign(3, 4);
     std::vector<std::uint8_t> bytes = archiveDesign(design);
