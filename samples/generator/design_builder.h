@@ -31,7 +31,7 @@ inline SamplePoint polar(double radius, double radians) {
 }
 
 class DesignBuilder {
-  public:
+public:
     // Starts the next colour block with an individual colour (components 0..255).
     void beginThread(int red, int green, int blue);
     // Moves the needle without sewing.
@@ -46,7 +46,7 @@ class DesignBuilder {
 
     HMKDesign finish(const std::string& name);
 
-  private:
+private:
     void record(SamplePoint point, bool jump);
 
     HMKDesign design_;

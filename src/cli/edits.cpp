@@ -53,7 +53,7 @@ std::vector<Number> parseNumbers(const std::string& option, const std::string& t
 }
 
 class EditOptions {
-  public:
+public:
     EditOptions(CLI::App& command, HMKEditList& edits) : command_(command), edits_(edits) {}
 
     // An option without a value. The callbacks outlive this helper, so they hold the list.
@@ -86,7 +86,7 @@ class EditOptions {
             ->group("Edits (applied in the order given)");
     }
 
-  private:
+private:
     CLI::App& command_;
     HMKEditList& edits_;
 };

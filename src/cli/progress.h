@@ -10,7 +10,7 @@
 #include "model/error.h"
 
 class HMKProgress {
-  public:
+public:
     // A bar when stream is a terminal, plain lines otherwise.
     HMKProgress(std::size_t total, std::FILE* stream);
     HMKProgress(std::size_t total, std::FILE* stream, bool drawBar);
@@ -23,7 +23,7 @@ class HMKProgress {
 
     std::size_t failures() const;
 
-  private:
+private:
     void drawBarLocked(const std::string& label);
 
     mutable std::mutex mutex_;

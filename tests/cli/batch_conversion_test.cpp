@@ -3,7 +3,7 @@
 namespace {
 
 class BatchConversion : public ToolTest {
-  protected:
+protected:
     // count copies of a sample, named copy0.pes, copy1.pes, ...
     std::vector<std::string> copies(const std::string& name, int count) {
         const auto source = sample(name);

@@ -16,7 +16,7 @@ HMKDesign imported(const std::filesystem::path& file) {
 }
 
 class InfoCommand : public ToolTest {
-  protected:
+protected:
     void TearDown() override {
         HMKUserDefaults::install(makeMemoryUserDefaults());
         ToolTest::TearDown();

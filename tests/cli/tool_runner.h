@@ -20,7 +20,7 @@ ToolRun runTool(const std::vector<std::string>& arguments);
 std::string readText(const std::filesystem::path& file);
 
 class ToolTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override;
     void TearDown() override;
 
