@@ -154,9 +154,6 @@ TEST(JefReader, UnknownColourCodeBecomesThread220) {
 }
 
 TEST(JefReader, ColourCodesGoThroughTheJanomeTable) {
-    if (!paletteAvailable("002", "Janome")) {
-        GTEST_SKIP() << "the Janome palette is not installed yet";
-    }
     JanomeFileLayout layout = layoutWithColorChanges(2, 1);
     layout.colorCodes = {1, 78};
     const auto read = readJef(jefFile(layout));

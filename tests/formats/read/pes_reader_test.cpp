@@ -211,14 +211,13 @@ TEST(PecSegment, IndexMissingFromTheTableBecomesThread005) {
     ASSERT_TRUE(read.ok);
     ASSERT_EQ(read.design.threads().size(), 2u);
     for (const auto& thread : read.design.threads()) {
+        EXPECT_EQ(thread.key, "005");
+        EXPECT_EQ(thread.palette, "Brother");
         EXPECT_EQ(thread, HMKThread::fromPaletteKey("005", "Brother"));
     }
 }
 
 TEST(PecSegment, ColourIndexesGoThroughTheBrotherReadTable) {
-    if (!paletteAvailable("007", "Brother")) {
-        GTEST_SKIP() << "the Brother palette is not installed yet";
-    }
     PecSegmentLayout layout;
     layout.colorIndexes = {1, 92};
     layout.stitches = {0xFE, 0xB0, 0x02, 0xFF};

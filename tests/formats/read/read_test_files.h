@@ -194,8 +194,3 @@ class ScratchFolder {
   private:
     std::filesystem::path path_;
 };
-
-// True when the palette files are installed, so that known codes give their real threads.
-inline bool paletteAvailable(const std::string& key, const std::string& palette) {
-    return !HMKThread::fromPaletteKey(key, palette).paletteName.empty();
-}
