@@ -54,7 +54,7 @@ constexpr double kPcxHalfHoopPerMm = 5;
 // Moves longer than 12 mm on either axis cannot be sewn and become jumps.
 constexpr double kPcxMaxStitchLength = 120;
 
-constexpr double kMaxColorComponent = 255.0;
+constexpr double kPcxMaxColorByte = 255.0;
 
 std::int32_t decodeCoordinate(std::uint32_t raw) {
     auto value = static_cast<std::int32_t>(raw);
@@ -66,7 +66,7 @@ bool failTooSmall(HMKError* error) {
 }
 
 HMKThread paletteThread(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
-    HMKColor color(red / kMaxColorComponent, green / kMaxColorComponent, blue / kMaxColorComponent);
+    HMKColor color(red / kPcxMaxColorByte, green / kPcxMaxColorByte, blue / kPcxMaxColorByte);
     std::string name = formatText(
         localizedString(kDesignStringTable, "COLOR_INDIVIDUAL", "Individual color (%i, %i, %i)"),
         {int{red}, int{green}, int{blue}});

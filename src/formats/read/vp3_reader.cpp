@@ -49,7 +49,7 @@ constexpr std::size_t kVp3JumpRecordSize = 8;
 constexpr std::size_t kVp3JumpXOffset = 2;
 constexpr std::size_t kVp3JumpYOffset = 4;
 
-constexpr double kMaxColorComponent = 255.0;
+constexpr double kVp3MaxColorByte = 255.0;
 
 bool failTooSmall(HMKError* error) {
     return fail(error, 154, "Unable to import VP3 file (file too small for offset).");
@@ -148,8 +148,7 @@ bool importVp3DesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         if (!thirdText) {
             return failTooSmall(error);
         }
-        HMKColor color(red / kMaxColorComponent, green / kMaxColorComponent,
-                       blue / kMaxColorComponent);
+        HMKColor color(red / kVp3MaxColorByte, green / kVp3MaxColorByte, blue / kVp3MaxColorByte);
         std::string name = secondText->empty()
                                ? *firstText
                                : formatText(kVp3ThreadNameFormat, {*secondText, *firstText});
