@@ -34,7 +34,8 @@ bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         return fail(error, 100, "Unable to read EXP: file contains uneven number of bytes.");
     }
     design.resetBounds();
-    appendPlaceholderThread(design);
+    HMKPlaceholderThreads placeholders;
+    placeholders.appendTo(design);
 
     auto& stitches = design.stitches();
     stitches.reserve(stitches.size() + length / kExpStitchSize);
@@ -58,7 +59,7 @@ bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
             if (static_cast<std::uint8_t>(*second) == kExpEscapedZeroStitch) {
                 stitch = HMKStitch(0, 0, false, false);
             } else if (isColorChangeCode(*second)) {
-                appendPlaceholderThread(design);
+                placeholders.appendTo(design);
                 stitch = HMKStitch(0, 0, false, true);
             } else {
                 stitch = HMKStitch(*dx, *dy, true, false);

@@ -47,7 +47,8 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     if (reader.size() < kKsmMinimumSize) {
         return fail(error, 170, "Unable to read KSM (file too small)");
     }
-    appendPlaceholderThread(design);
+    HMKPlaceholderThreads placeholders;
+    placeholders.appendTo(design);
     design.resetBounds();
 
     auto& stitches = design.stitches();
@@ -76,7 +77,7 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         }
         HMKStitch stitch(static_cast<float>(dx), static_cast<float>(dy), pendingJump, false);
         if (isColorChange(*flag)) {
-            appendPlaceholderThread(design);
+            placeholders.appendTo(design);
             stitch.isJumpStitch = true;
             stitch.isColorChange = true;
         }

@@ -3,7 +3,9 @@
 // and benchmarks call them directly so that no file I/O stands between them and the decoders.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -28,9 +30,22 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
 // --- Shared by the readers ---------------------------------------------------------------
 // Formats that carry no thread colours cycle through placeholder threads "1" to "20" of the
-// "Undefined" palette: each new thread is keyed (thread count modulo 20) + 1.
+// "Undefined" palette: each new thread is keyed (thread count modulo 20) + 1. Each of the 20
+// is built once per read, since a file may change colour on every record and every build
+// looks the palette up.
 inline constexpr std::size_t kPlaceholderThreadCycle = 20;
-inline void appendPlaceholderThread(HMKDesign& design) {
-    std::size_t key = design.threads().size() % kPlaceholderThreadCycle + 1;
-    design.threads().push_back(HMKThread::fromPaletteKey(std::to_string(key), kUndefinedPalette));
-}
+
+class HMKPlaceholderThreads {
+  public:
+    void appendTo(HMKDesign& design) {
+        auto& thread = threads_[design.threads().size() % kPlaceholderThreadCycle];
+        if (!thread) {
+            std::size_t key = design.threads().size() % kPlaceholderThreadCycle + 1;
+            thread = HMKThread::fromPaletteKey(std::to_string(key), kUndefinedPalette);
+        }
+        design.threads().push_back(*thread);
+    }
+
+  private:
+    std::array<std::optional<HMKThread>, kPlaceholderThreadCycle> threads_;
+};

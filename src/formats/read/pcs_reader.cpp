@@ -2,8 +2,10 @@
 // 9-byte records of absolute 24-bit positions in 1/6 mm, turned into relative stitches in
 // 0.1 mm about the hoop centre. The PCS layout is the one the PCS writer produces.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "formats/byte_reader.h"
@@ -134,6 +136,8 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     float y = 0;
     bool isFirstRecord = true;
     bool madeThread = false;
+    // Built once per palette entry: colour records may follow each other closely.
+    std::array<std::optional<HMKThread>, kPcxMaxColors> paletteThreads;
     std::size_t stitchRecordsRead = 0;
     for (std::size_t record = firstRecord;
          stitchRecordsRead < *stitchCount && reader.contains(record, kPcxRecordSize);
@@ -155,10 +159,14 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
             if (index >= colorCount) {
                 return fail(error, 164, "Unable to read PCS (invalid color index)");
             }
-            const std::size_t entry = kPcxPaletteOffset + kPcxPaletteEntrySize * index;
-            design.threads().push_back(paletteThread(reader.u8(entry).value_or(0),
-                                                     reader.u8(entry + 1).value_or(0),
-                                                     reader.u8(entry + 2).value_or(0)));
+            auto& thread = paletteThreads[index];
+            if (!thread) {
+                const std::size_t entry = kPcxPaletteOffset + kPcxPaletteEntrySize * index;
+                thread =
+                    paletteThread(reader.u8(entry).value_or(0), reader.u8(entry + 1).value_or(0),
+                                  reader.u8(entry + 2).value_or(0));
+            }
+            design.threads().push_back(*thread);
             madeThread = true;
             isColorChange = true;
             if (rawX == 0 || rawY == 0) {
@@ -194,7 +202,7 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     }
 
     if (!madeThread) {
-        appendPlaceholderThread(design);
+        HMKPlaceholderThreads().appendTo(design);
     }
     if (!isPcs) {
         // Deliberate: PCD and PCQ stretch the box to the origin horizontally only.

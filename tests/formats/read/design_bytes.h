@@ -54,6 +54,12 @@ class DesignBytes {
         return *this;
     }
 
+    // Drops everything from offset on (files cut short).
+    DesignBytes& truncate(std::size_t offset) {
+        data_.resize(offset);
+        return *this;
+    }
+
     std::size_t size() const { return data_.size(); }
     const std::vector<std::uint8_t>& data() const { return data_; }
 
