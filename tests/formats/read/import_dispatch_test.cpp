@@ -14,8 +14,9 @@ constexpr std::string_view kEmptySideFile =
 
 TEST(ImportDispatch, EveryKnownExtensionRunsAReaderThenTheSideFile) {
     ScratchFolder folder;
-    for (std::string_view extension : {"jef", "jef+", "jpx", "pes", "pec", "sew", "exp", "dst",
-                                       "vp3", "ksm", "pcs", "pcd", "pcq", "PCQ", "Jef+"}) {
+    // EXP has no header: an unreadable file reads as an empty design (see below).
+    for (std::string_view extension : {"jef", "jef+", "jpx", "pes", "pec", "sew", "dst", "vp3",
+                                       "ksm", "pcs", "pcd", "pcq", "PCQ", "Jef+"}) {
         SCOPED_TRACE(extension);
         const std::string name = "missing." + std::string(extension);
         folder.write("missing.threads", kEmptySideFile);
@@ -27,6 +28,15 @@ TEST(ImportDispatch, EveryKnownExtensionRunsAReaderThenTheSideFile) {
         EXPECT_EQ(design.designName(), name);
         EXPECT_EQ(design.designLocation(), folder.file(name));
     }
+}
+
+TEST(ImportDispatch, UnreadableExpFileIsAnEmptyDesign) {
+    ScratchFolder folder;
+    HMKDesign design;
+    HMKError error;
+    EXPECT_FALSE(design.importDesignFromURL(folder.file("missing.exp"), &error));
+    EXPECT_EQ(error.code, 11);
+    EXPECT_EQ(design.numberOfThreads(), 1u);
 }
 
 TEST(ImportDispatch, UnknownExtensionFailsWithoutRunningAReader) {
