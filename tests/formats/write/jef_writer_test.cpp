@@ -95,3 +95,22 @@ TEST_F(JefWriter, KeepsTheJanomeHoopAndSetsTypeAndVersion) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(JefWriter, ConvertsThreadsToTheNearestJanomeThread) {
+    HMKThread janome = HMKThread::fromPaletteKey("208", "Janome");
+    if (HMKThread probe; !probe.changeToColor(HMKColor(), "Janome")) {
+        GTEST_SKIP() << "the Janome palette file is not installed";
+    }
+    for (bool useThreadFile : {false, true}) {
+        HMKThread individual = makeThread("", "", janome.color);
+        HMKDesign design = makeDesign({plain(1, 1)}, {individual});
+        design.setUseThreadFile(useThreadFile);
+        EXPECT_EQ(le32At(write(design), 116), 8);
+        EXPECT_EQ(design.threads()[0].palette, useThreadFile ? "" : "Janome");
+        EXPECT_EQ(design.threads()[0].key, useThreadFile ? "" : "208");
+    }
+}
+
+}  // namespace

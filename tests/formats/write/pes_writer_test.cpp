@@ -283,3 +283,22 @@ TEST_F(PesWriter, WritesOneThumbnailPerThreadAfterTheWholeDesign) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(PesWriter, ConvertsThreadsToTheNearestBrotherThread) {
+    HMKThread brother = HMKThread::fromPaletteKey("620", "Brother");
+    if (HMKThread probe; !probe.changeToColor(HMKColor(), "Brother")) {
+        GTEST_SKIP() << "the Brother palette file is not installed";
+    }
+    for (bool useThreadFile : {false, true}) {
+        HMKDesign design = makeDesign({plain(1, 1)}, {makeThread("", "", brother.color)});
+        design.setUseThreadFile(useThreadFile);
+        ASSERT_TRUE(design.exportPecDesignToURL(file("c.pec")));
+        EXPECT_EQ(read(file("c.pec"))[8 + 49], 7);
+        EXPECT_EQ(design.threads()[0].palette, useThreadFile ? "" : "Brother");
+        EXPECT_EQ(design.threads()[0].key, useThreadFile ? "" : "620");
+    }
+}
+
+}  // namespace
