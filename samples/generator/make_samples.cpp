@@ -5,6 +5,7 @@
 #include <functional>
 #include <utility>
 
+#include "platform/qt_raster_provider.h"
 #include "sample_designs.h"
 
 int main(int argc, char** argv) {
@@ -12,6 +13,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: hemlark-samples FOLDER\n");
         return 2;
     }
+    // The PES and PEC writers draw their thumbnails through the raster provider.
+    installQtRasterProvider();
     const std::filesystem::path folder = argv[1];
     std::filesystem::create_directories(folder);
     const std::pair<const char*, std::function<HMKDesign()>> designs[] = {

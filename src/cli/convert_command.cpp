@@ -10,6 +10,7 @@
 #include "cli/batch_conversion.h"
 #include "cli/commands.h"
 #include "cli/conversion.h"
+#include "cli/diagnostics.h"
 #include "cli/outcome.h"
 
 namespace {
@@ -50,7 +51,7 @@ int runBatch(const ConvertOptions& options) {
         }
     }
     const auto start = std::chrono::steady_clock::now();
-    HMKProgress progress(batch.inputs.size(), stderr);
+    HMKProgress progress(batch.inputs.size(), messageStream());
     const std::size_t failures = convertBatch(batch, options.edits, progress);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     std::printf("Converted %zu of %zu files to %s in %.2f s", batch.inputs.size() - failures,

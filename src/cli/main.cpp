@@ -4,14 +4,21 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/diagnostics.h"
 #include "cli/outcome.h"
+#include "platform/qt_raster_provider.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"hemlark - inspect, edit and convert machine-embroidery designs"};
     app.set_version_flag("--version", std::string("hemlark ") + HEMLARK_VERSION);
     app.require_subcommand(1);
+    std::string logFile;
+    app.add_option("--log", logFile,
+                   "Append the design code's diagnostic lines to FILE (default: discard them)")
+        ->type_name("FILE");
     std::vector<std::pair<CLI::App*, HMKCommandRunner>> commands;
-    for (auto add : {addInfoCommand, addConvertCommand, addPalettesCommand, addHoopsCommand}) {
+    for (auto add : {addInfoCommand, addConvertCommand, addRenderCommand, addPalettesCommand,
+                     addHoopsCommand}) {
         HMKCommandRunner run = add(app);
         // Every subcommand so far (without a filter, CLI11 lists only the parsed ones).
         auto all = app.get_subcommands([](const CLI::App*) { return true; });
@@ -22,6 +29,12 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& e) {
         return app.exit(e) == 0 ? kExitSuccess : kExitUsage;
     }
+    if (!divertDiagnostics(logFile)) {
+        printError(toolError("Cannot open the log " + logFile + "."));
+        return kExitFailure;
+    }
+    // The PES and PEC writers draw their thumbnails through the raster provider.
+    installQtRasterProvider();
     for (auto& [command, run] : commands) {
         if (command->parsed()) {
             return run();

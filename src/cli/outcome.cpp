@@ -1,6 +1,8 @@
 #include "cli/outcome.h"
 
-#include <iostream>
+#include <cstdio>
+
+#include "cli/diagnostics.h"
 
 HMKError toolError(std::string message) {
     HMKError error;
@@ -11,9 +13,10 @@ HMKError toolError(std::string message) {
 }
 
 void printError(const HMKError& error, std::string_view file) {
-    std::cerr << "hemlark: ";
+    std::string line = "hemlark: ";
     if (!file.empty()) {
-        std::cerr << file << ": ";
+        line.append(file).append(": ");
     }
-    std::cerr << "error " << error.code << ": " << error.message() << '\n';
+    line += "error " + std::to_string(error.code) + ": " + error.message() + "\n";
+    std::fputs(line.c_str(), messageStream());
 }

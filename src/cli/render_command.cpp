@@ -44,10 +44,9 @@ int runRender(const RenderOptions& options) {
         return kExitFailure;
     }
     if (options.thread >= static_cast<std::int32_t>(design.numberOfThreads())) {
-        printError(toolError("Thread index " + std::to_string(options.thread) +
-                             " is out of range (0 to " +
-                             std::to_string(static_cast<int>(design.numberOfThreads()) - 1) +
-                             ")."));
+        printError(
+            toolError("Thread index " + std::to_string(options.thread) + " is out of range (0 to " +
+                      std::to_string(static_cast<int>(design.numberOfThreads()) - 1) + ")."));
         return kExitFailure;
     }
     HMKPictureOptions picture;
@@ -76,8 +75,8 @@ HMKCommandRunner addRenderCommand(CLI::App& app) {
         ->add_option("--size", options->sizePixels,
                      "Longer side of the picture in pixels (default 1000)")
         ->type_name("PX")
-        ->check(CLI::Range(std::max(2 * HMKPictureOptions().marginPixels + 1, 1),
-                           kMaximumPictureSide));
+        ->check(
+            CLI::Range(std::max(2 * HMKPictureOptions().marginPixels + 1, 1), kMaximumPictureSide));
     command->add_flag("--3d", options->show3D, "Shade the thread");
     command->add_flag("--jumps", options->showJumps, "Draw the jumps as dashed lines");
     command->add_flag("--structure", options->showStructure, "Mark every needle point");
