@@ -2,12 +2,22 @@
 
 namespace {
 
+using Arguments = std::vector<std::string>;
+
+// "convert", the files, then the options.
+Arguments convert(const Arguments& files, const Arguments& options) {
+    Arguments arguments = {"convert"};
+    arguments.insert(arguments.end(), files.begin(), files.end());
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return arguments;
+}
+
 class BatchConversion : public ToolTest {
 protected:
     // count copies of a sample, named copy0.pes, copy1.pes, ...
-    std::vector<std::string> copies(const std::string& name, int count) {
+    Arguments copies(const std::string& name, int count) {
         const auto source = sample(name);
-        std::vector<std::string> files;
+        Arguments files;
         for (int i = 0; i < count; ++i) {
             const auto copy = folder_ / ("copy" + std::to_string(i) + source.extension().string());
             std::filesystem::copy_file(source, copy);
@@ -15,22 +25,20 @@ protected:
         }
         return files;
     }
+
+    std::filesystem::path output(const std::string& folder, int index, const std::string& format) {
+        return folder_ / folder / ("copy" + std::to_string(index) + "." + format);
+    }
 };
 
 }  // namespace
 
 TEST_F(BatchConversion, WritesEachInputWithTheNewExtensionIntoTheOutputFolder) {
-    std::vector<std::string> arguments = {"convert"};
-    for (const std::string& file : copies("heart.pes", 3))
-        arguments.push_back(file);
-    for (const std::string& option : {"--to", "dst", "--out-dir", (folder_ / "out").string()}) {
-        arguments.push_back(option);
-    }
-    ToolRun run = runTool(arguments);
+    ToolRun run = runTool(
+        convert(copies("heart.pes", 3), {"--to", "dst", "--out-dir", (folder_ / "out").string()}));
     EXPECT_EQ(run.exitCode, 0) << run.err;
     for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(
-            std::filesystem::exists(folder_ / "out" / ("copy" + std::to_string(i) + ".dst")));
+        EXPECT_TRUE(std::filesystem::exists(output("out", i, "dst")));
     }
     EXPECT_NE(run.out.find("Converted 3 of 3 files to dst"), std::string::npos) << run.out;
     // Standard error is no terminal here: one plain line per file.
@@ -45,16 +53,11 @@ TEST_F(BatchConversion, WithoutOutputFolderWritesBesideEachInput) {
 }
 
 TEST_F(BatchConversion, FailingFileIsReportedAndTheOthersAreStillWritten) {
-    std::vector<std::string> files = copies("star.pes", 4);
+    Arguments files = copies("star.pes", 4);
     const auto broken = folder_ / "broken.xyz";
     std::filesystem::copy_file(files[0], broken);
     files.insert(files.begin() + 2, broken.string());
-    std::vector<std::string> arguments = {"convert"};
-    arguments.insert(arguments.end(), files.begin(), files.end());
-    for (const std::string& option : {"--to", "jef", "--out-dir", (folder_ / "out").string()}) {
-        arguments.push_back(option);
-    }
-    ToolRun run = runTool(arguments);
+    ToolRun run = runTool(convert(files, {"--to", "jef", "--out-dir", (folder_ / "out").string()}));
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_NE(
         run.err.find("hemlark: " + broken.string() + ": error 10: Unknown file format (UTI).\n"),
@@ -63,30 +66,22 @@ TEST_F(BatchConversion, FailingFileIsReportedAndTheOthersAreStillWritten) {
     EXPECT_NE(run.out.find("Converted 4 of 5 files to jef"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("1 failed"), std::string::npos) << run.out;
     for (int i = 0; i < 4; ++i) {
-        EXPECT_TRUE(
-            std::filesystem::exists(folder_ / "out" / ("copy" + std::to_string(i) + ".jef")));
+        EXPECT_TRUE(std::filesystem::exists(output("out", i, "jef")));
     }
     EXPECT_FALSE(std::filesystem::exists(folder_ / "out" / "broken.jef"));
 }
 
 TEST_F(BatchConversion, ParallelJobsWriteTheSameFilesAsOneJob) {
-    std::vector<std::string> files = copies("flower.pes", 6);
+    const Arguments files = copies("flower.pes", 6);
     for (const auto& [jobs, folder] : {std::pair{"1", "serial"}, {"2", "parallel"}}) {
-        std::vector<std::string> arguments = {"convert"};
-        arguments.insert(arguments.end(), files.begin(), files.end());
-        for (const std::string& option :
-             {std::string("--to"), std::string("pcs"), std::string("--jobs"), std::string(jobs),
-              std::string("--out-dir"), (folder_ / folder).string(), std::string("--select-all"),
-              std::string("--rotate"), std::string("90")}) {
-            arguments.push_back(option);
-        }
-        ToolRun run = runTool(arguments);
+        ToolRun run = runTool(
+            convert(files, {"--to", "pcs", "--jobs", jobs, "--out-dir", (folder_ / folder).string(),
+                            "--select-all", "--rotate", "90"}));
         EXPECT_EQ(run.exitCode, 0) << run.err;
     }
     for (int i = 0; i < 6; ++i) {
-        const std::string name = "copy" + std::to_string(i) + ".pcs";
-        EXPECT_EQ(readText(folder_ / "serial" / name), readText(folder_ / "parallel" / name));
-        EXPECT_FALSE(readText(folder_ / "serial" / name).empty());
+        EXPECT_FALSE(readText(output("serial", i, "pcs")).empty());
+        EXPECT_TRUE(readText(output("serial", i, "pcs")) == readText(output("parallel", i, "pcs")));
     }
 }
 

@@ -37,8 +37,7 @@ TEST_F(RenderCommand, FailuresAndUsageErrors) {
     const auto input = sample("star.dst");
     ToolRun run = runTool({"render", input.string(), (folder_ / "star.gif").string()});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.err.rfind("hemlark: error " + std::to_string(kPictureFormatError) + ": ", 0),
-              0u)
+    EXPECT_EQ(run.err.rfind("hemlark: error " + std::to_string(kPictureFormatError) + ": ", 0), 0u)
         << run.err;
 
     run = runTool({"render", input.string(), (folder_ / "star.png").string(), "--thread", "99"});
