@@ -1,0 +1,1 @@
+#include "edit/edit_test_support.h"
