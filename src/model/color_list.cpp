@@ -191,10 +191,16 @@ std::optional<HMKColor> HMKColorList::colorWithKey(std::string_view key) const {
 
 std::shared_ptr<const HMKColorList> HMKColorList::named(const std::string& palette) {
     // Recolouring a design converts every thread into the same palette, so each file is
-    // parsed once per process. A missing palette is not remembered: it may be installed later.
+    // parsed once per process. Missing palettes are remembered too (readers ask for the
+    // placeholder palette at every colour change); a change of resource folders starts over.
     static std::mutex mutex;
     static std::map<std::string, std::shared_ptr<const HMKColorList>, std::less<>> cache;
+    static std::uint64_t cachedGeneration = resourceGeneration();
     std::lock_guard lock(mutex);
+    if (cachedGeneration != resourceGeneration()) {
+        cache.clear();
+        cachedGeneration = resourceGeneration();
+    }
     auto found = cache.find(palette);
     if (found != cache.end()) {
         return found->second;
@@ -207,11 +213,9 @@ std::shared_ptr<const HMKColorList> HMKColorList::named(const std::string& palet
     std::string file = std::string(kPaletteFolder) + palette + std::string(kPaletteExtension) +
                        "/" + palette + std::string(kPaletteExtension);
     auto path = findResource(file);
-    if (!path) {
-        return nullptr;
-    }
-    auto list = fromFile(palette, *path);
+    auto list = path ? fromFile(palette, *path) : std::nullopt;
     if (!list) {
+        cache.emplace(palette, nullptr);
         return nullptr;
     }
     auto shared = std::make_shared<const HMKColorList>(std::move(*list));
