@@ -35,7 +35,7 @@ protected:
 
 TEST_F(BatchConversion, WritesEachInputWithTheNewExtensionIntoTheOutputFolder) {
     ToolRun run = runTool(
-        convert(copies("heart.pes", 3), {"--to", "dst", "--out-dir", (folder_ / "out").string()}));
+        convert(copies("heart.jef", 3), {"--to", "dst", "--out-dir", (folder_ / "out").string()}));
     EXPECT_EQ(run.exitCode, 0) << run.err;
     for (int i = 0; i < 3; ++i) {
         EXPECT_TRUE(std::filesystem::exists(output("out", i, "dst")));
@@ -53,7 +53,7 @@ TEST_F(BatchConversion, WithoutOutputFolderWritesBesideEachInput) {
 }
 
 TEST_F(BatchConversion, FailingFileIsReportedAndTheOthersAreStillWritten) {
-    Arguments files = copies("star.pes", 4);
+    Arguments files = copies("star.exp", 4);
     const auto broken = folder_ / "broken.xyz";
     std::filesystem::copy_file(files[0], broken);
     files.insert(files.begin() + 2, broken.string());
@@ -72,7 +72,7 @@ TEST_F(BatchConversion, FailingFileIsReportedAndTheOthersAreStillWritten) {
 }
 
 TEST_F(BatchConversion, ParallelJobsWriteTheSameFilesAsOneJob) {
-    const Arguments files = copies("flower.pes", 6);
+    const Arguments files = copies("flower.jef", 6);
     for (const auto& [jobs, folder] : {std::pair{"1", "serial"}, {"2", "parallel"}}) {
         ToolRun run = runTool(
             convert(files, {"--to", "pcs", "--jobs", jobs, "--out-dir", (folder_ / folder).string(),

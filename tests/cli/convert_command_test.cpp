@@ -203,7 +203,7 @@ TEST_F(ConvertCommand, DumpWithoutEditsHoldsTheImportedRecordsUnchanged) {
 }
 
 TEST_F(ConvertCommand, WritesEveryWritableFormatAsTheExportDoes) {
-    const auto input = sample("flower.pes");
+    const auto input = sample("flower.dst");
     std::filesystem::create_directories(folder_ / "tool");
     std::filesystem::create_directories(folder_ / "direct");
     for (const std::string extension : {"dst", "pes", "pec", "jef", "exp", "pcs"}) {
