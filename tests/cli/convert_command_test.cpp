@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <fstream>
 #include <functional>
 
@@ -31,113 +32,110 @@ std::string text(HMKPoint point) {
            std::to_string(static_cast<long>(point.y));
 }
 
+// The selection an edit case starts from, made by the tool's options and directly alike.
+enum class Selection { none, all, centre };
+
 struct EditCase {
     std::string name;
+    Selection selection;
     std::vector<std::string> arguments;
     std::function<void(HMKDesign&)> operation;
 };
 
 const HMKRect kCentre{-150, -150, 300, 300};
-const std::string kCentreText = "-150,-150,300,300";
+
+std::vector<std::string> selectionArguments(Selection selection) {
+    switch (selection) {
+        case Selection::all:
+            return {"--select-all"};
+        case Selection::centre:
+            return {"--select-rect", "-150,-150,300,300"};
+        default:
+            return {};
+    }
+}
+
+void select(HMKDesign& design, Selection selection) {
+    if (selection == Selection::all) {
+        design.selectAll();
+    } else if (selection == Selection::centre) {
+        design.selectInRect(kCentre, false);
+    }
+}
 
 std::vector<EditCase> editCases(const HMKDesign& design, const std::filesystem::path& other) {
-    const HMKPoint onPetal = endOfStitch(design, design.stitches().size() / 3);
-    const HMKPoint onPetalRounded{static_cast<double>(static_cast<long>(onPetal.x)),
-                                  static_cast<double>(static_cast<long>(onPetal.y))};
-    auto selectCentre = [](HMKDesign& d) { d.selectInRect(kCentre, false); };
+    const HMKPoint end = endOfStitch(design, design.stitches().size() / 3);
+    const HMKPoint onPetal{std::trunc(end.x), std::trunc(end.y)};
+    const std::string petal = text(onPetal);
+    using enum Selection;
     std::vector<EditCase> cases = {
-        {"select-all", {"--select-all"}, [](HMKDesign& d) { d.selectAll(); }},
-        {"deselect-all",
-         {"--select-all", "--deselect-all"},
-         [](HMKDesign& d) {
-             d.selectAll();
-             d.deselectAll();
-         }},
-        {"invert-selection",
-         {"--select-rect", kCentreText, "--invert-selection"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
-             d.invertAll();
-         }},
-        {"select-rect", {"--select-rect", kCentreText}, selectCentre},
+        {"select-all", all, {}, [](HMKDesign&) {}},
+        {"deselect-all", all, {"--deselect-all"}, [](HMKDesign& d) { d.deselectAll(); }},
+        {"invert-selection", centre, {"--invert-selection"}, [](HMKDesign& d) { d.invertAll(); }},
+        {"select-rect", centre, {}, [](HMKDesign&) {}},
         {"unselect-rect",
-         {"--select-all", "--unselect-rect", kCentreText},
-         [](HMKDesign& d) {
-             d.selectAll();
-             d.selectInRect(kCentre, true);
-         }},
+         all,
+         {"--unselect-rect", "-150,-150,300,300"},
+         [](HMKDesign& d) { d.selectInRect(kCentre, true); }},
         {"select-stitch",
-         {"--select-stitch", text(onPetalRounded)},
-         [=](HMKDesign& d) { d.selectStitchAt(onPetalRounded, 0.7f, false); }},
+         none,
+         {"--select-stitch", petal},
+         [=](HMKDesign& d) { d.selectStitchAt(onPetal, 0.7f, false); }},
         {"select-block",
-         {"--select-block", text(onPetalRounded)},
-         [=](HMKDesign& d) { d.selectBlockAt(onPetalRounded, 0.7f, false); }},
+         none,
+         {"--select-block", petal},
+         [=](HMKDesign& d) { d.selectBlockAt(onPetal, 0.7f, false); }},
         {"move",
-         {"--select-rect", kCentreText, "--move", "25.5,-40"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
+         centre,
+         {"--move", "25.5,-40"},
+         [](HMKDesign& d) {
              d.moveSelectionByVector({25.5, -40});
          }},
         {"resize",
-         {"--select-rect", kCentreText, "--resize", "1.5"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
-             d.resizeSelectionByPercent(1.5f);
-         }},
+         centre,
+         {"--resize", "1.5"},
+         [](HMKDesign& d) { d.resizeSelectionByPercent(1.5f); }},
         {"rotate",
-         {"--select-rect", kCentreText, "--rotate", "-30"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
-             d.rotateSelectionByDegrees(-30);
-         }},
+         centre,
+         {"--rotate", "-30"},
+         [](HMKDesign& d) { d.rotateSelectionByDegrees(-30); }},
         {"flip",
-         {"--select-rect", kCentreText, "--flip", "V", "--select-all", "--flip", "H"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
-             d.flipSelection("V");
-             d.selectAll();
-             d.flipSelection("H");
-         }},
+         centre,
+         {"--flip", "V", "--flip", "H"},
+         [](HMKDesign& d) { d.flipSelection("V"), d.flipSelection("H"); }},
         {"center",
-         {"--select-all", "--move", "100,50", "--center"},
+         all,
+         {"--move", "100,50", "--center"},
          [](HMKDesign& d) {
-             d.selectAll();
-             d.moveSelectionByVector({100, 50});
-             d.centerDesign();
+             d.moveSelectionByVector({100, 50}), d.centerDesign();
          }},
-        {"delete",
-         {"--select-rect", kCentreText, "--delete"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
-             d.deleteSelection();
-         }},
-        {"to-jumps",
-         {"--select-rect", kCentreText, "--to-jumps"},
-         [=](HMKDesign& d) {
-             selectCentre(d);
-             d.switchSelectionToJumps(true);
-         }},
+        {"delete", centre, {"--delete"}, [](HMKDesign& d) { d.deleteSelection(); }},
+        {"to-jumps", centre, {"--to-jumps"}, [](HMKDesign& d) { d.switchSelectionToJumps(true); }},
         {"to-stitches",
-         {"--select-all", "--to-stitches"},
-         [](HMKDesign& d) {
-             d.selectAll();
-             d.switchSelectionToJumps(false);
-         }},
-        {"basting", {"--basting", "3,5"}, [](HMKDesign& d) { d.addBastingWithLength(3, 5); }},
+         all,
+         {"--to-stitches"},
+         [](HMKDesign& d) { d.switchSelectionToJumps(false); }},
+        {"basting", none, {"--basting", "3,5"}, [](HMKDesign& d) { d.addBastingWithLength(3, 5); }},
         {"insert-thread",
-         {"--select-block", text(onPetalRounded), "--insert-thread"},
+         none,
+         {"--select-block", petal, "--insert-thread"},
          [=](HMKDesign& d) {
-             d.selectBlockAt(onPetalRounded, 0.7f, false);
-             d.insertThreadBeforeSelection();
+             d.selectBlockAt(onPetal, 0.7f, false), d.insertThreadBeforeSelection();
          }},
-        {"delete-thread", {"--delete-thread", "1"}, [](HMKDesign& d) { d.deleteThreadAtIndex(1); }},
+        {"delete-thread",
+         none,
+         {"--delete-thread", "1"},
+         [](HMKDesign& d) { d.deleteThreadAtIndex(1); }},
         {"move-thread",
+         none,
          {"--move-thread", "0,2"},
          [](HMKDesign& d) { d.moveThreadFromIndex(0, 2); }},
         {"append",
+         all,
          {"--append", other.string()},
          [=](HMKDesign& d) { d.appendDesign(imported(other)); }},
         {"palette-individual",
+         none,
          {"--palette", ""},
          [](HMKDesign& d) {
              for (std::size_t i = 0; i < d.numberOfThreads(); ++i) {
@@ -145,24 +143,31 @@ std::vector<EditCase> editCases(const HMKDesign& design, const std::filesystem::
              }
          }},
         {"recolor",
+         none,
          {"--recolor", "1,10,20,30"},
          [](HMKDesign& d) { d.changeThread(1, HMKColor(10 / 255.0, 20 / 255.0, 30 / 255.0), ""); }},
-        {"hoop", {"--hoop", "Janome,4"}, [](HMKDesign& d) { d.setHoopFromVendor("Janome", 4); }},
-        {"optimize", {"--optimize", "PES"}, [](HMKDesign& d) { d.optimizeJumpsFor("PES"); }},
+        {"hoop",
+         none,
+         {"--hoop", "Janome,4"},
+         [](HMKDesign& d) { d.setHoopFromVendor("Janome", 4); }},
+        {"optimize", none, {"--optimize", "PES"}, [](HMKDesign& d) { d.optimizeJumpsFor("PES"); }},
     };
     // Matching into a named palette needs one to be installed.
     for (const std::string& palette : HMKColorList::shippedPaletteNames()) {
         if (HMKColorList::named(palette)) {
-            cases.push_back({"palette-" + palette, {"--palette", palette}, [=](HMKDesign& d) {
+            cases.push_back({"palette-" + palette, none, {"--palette", palette}, [=](HMKDesign& d) {
                                  for (std::size_t i = 0; i < d.numberOfThreads(); ++i) {
                                      d.changeThread(static_cast<std::int32_t>(i),
                                                     d.threads()[i].color, palette);
                                  }
                              }});
-            cases.push_back(
-                {"recolor-" + palette, {"--recolor", "0,200,30,40," + palette}, [=](HMKDesign& d) {
-                     d.changeThread(0, HMKColor(200 / 255.0, 30 / 255.0, 40 / 255.0), palette);
-                 }});
+            cases.push_back({"recolor-" + palette,
+                             none,
+                             {"--recolor", "0,200,30,40," + palette},
+                             [=](HMKDesign& d) {
+                                 d.changeThread(0, HMKColor(200 / 255.0, 30 / 255.0, 40 / 255.0),
+                                                palette);
+                             }});
             break;
         }
     }
@@ -180,11 +185,14 @@ TEST_F(ConvertCommand, EveryEditDumpsWhatTheDesignOperationMakes) {
     for (const EditCase& edit : editCases(original, other)) {
         const auto output = folder_ / (edit.name + ".json");
         std::vector<std::string> arguments = {"convert", input.string(), output.string()};
-        arguments.insert(arguments.end(), edit.arguments.begin(), edit.arguments.end());
+        for (const auto& part : {selectionArguments(edit.selection), edit.arguments}) {
+            arguments.insert(arguments.end(), part.begin(), part.end());
+        }
         ToolRun run = runTool(arguments);
         ASSERT_EQ(run.exitCode, 0) << edit.name << ": " << run.err;
 
         HMKDesign expected = original;
+        select(expected, edit.selection);
         edit.operation(expected);
         const HMKJson dumped = HMKJson::parse(readText(output));
         const HMKJson wanted = designJson(expected, true);
