@@ -93,10 +93,10 @@ HMKCommandRunner addConvertCommand(CLI::App& app) {
     command->footer(
         "Sizes and positions are in 0.1 mm; the hit tests use a tolerance of 0.7.\n"
         "Examples:\n"
-        "  hemlark convert samples/flower.pes flower.jef --hoop Janome,0\n"
+        "  hemlark convert samples/flower.pcs flower.jef --hoop Janome,0\n"
         "  hemlark convert in.dst out.dst --select-rect -100,-100,200,200 --rotate 45\n"
         "  hemlark convert in.pes dump.json --select-all --resize 1.5\n"
-        "  hemlark convert samples/*.pes --to dst --out-dir out --jobs 2");
+        "  hemlark convert samples/*.jef --to dst --out-dir out --jobs 2");
     command->callback([options, to] {
         if (to->count() == 0 && options->files.size() != 2) {
             throw CLI::ValidationError("FILE", "expects IN OUT (or several inputs with --to)");

@@ -66,7 +66,7 @@ HMKCommandRunner addInfoCommand(CLI::App& app) {
         ->check(CLI::IsMember({"mm", "in", "frac"}));
     command->footer(
         "Examples:\n"
-        "  hemlark info samples/flower.pes\n"
+        "  hemlark info samples/flower.pcs\n"
         "  hemlark info samples/*.dst --json --unit in");
     return [options] { return runInfo(*options); };
 }

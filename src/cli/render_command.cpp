@@ -101,8 +101,8 @@ HMKCommandRunner addRenderCommand(CLI::App& app) {
         ->type_name("COLOR");
     command->footer(
         "Examples:\n"
-        "  hemlark render samples/flower.pes flower.png --size 1200 --3d\n"
+        "  hemlark render samples/flower.pcs flower.png --size 1200 --3d\n"
         "  hemlark render samples/heart.dst heart.svg --jumps --structure\n"
-        "  hemlark render samples/flower.pes petals.pdf --thread 1 --background white");
+        "  hemlark render samples/flower.pcs petals.pdf --thread 1 --background white");
     return [options] { return runRender(*options); };
 }

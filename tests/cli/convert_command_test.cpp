@@ -179,8 +179,8 @@ class ConvertCommand : public ToolTest {};
 }  // namespace
 
 TEST_F(ConvertCommand, EveryEditDumpsWhatTheDesignOperationMakes) {
-    const auto input = sample("flower.pes");
-    const auto other = sample("star.pes");
+    const auto input = sample("flower.jef");
+    const auto other = sample("star.jef");
     const HMKDesign original = imported(input);
     for (const EditCase& edit : editCases(original, other)) {
         const auto output = folder_ / (edit.name + ".json");
