@@ -16,6 +16,8 @@ std::optional<std::filesystem::path>& overrideDirectory() {
     return dir;
 }
 
+std::uint64_t generation = 0;
+
 std::vector<std::filesystem::path> searchDirectories() {
     std::vector<std::filesystem::path> dirs;
     {
@@ -50,4 +52,10 @@ std::optional<std::filesystem::path> findResource(std::string_view relativePath)
 void setResourceOverrideDirectory(std::optional<std::filesystem::path> dir) {
     std::lock_guard lock(overrideMutex());
     overrideDirectory() = std::move(dir);
+    ++generation;
+}
+
+std::uint64_t resourceGeneration() {
+    std::lock_guard lock(overrideMutex());
+    return generation;
 }

@@ -4,6 +4,7 @@
 // without environment variables.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -13,3 +14,6 @@ std::optional<std::filesystem::path> findResource(std::string_view relativePath)
 
 // Makes dir the first place searched (tests point it at folders they build).
 void setResourceOverrideDirectory(std::optional<std::filesystem::path> dir);
+
+// Changes whenever the search places change, so caches of loaded resources know to start over.
+std::uint64_t resourceGeneration();

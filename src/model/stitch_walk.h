@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 #include <vector>
 
 #include "model/stitch.h"
@@ -15,15 +16,24 @@ struct HMKPosition {
     Scalar y = 0;
 };
 
-// Calls visit(index, stitch, start, end) for every stitch in order.
+// Calls visit(index, stitch, start, end) for every stitch in order. A visit that returns bool
+// ends the walk by returning false (the renderer stops at the end of the display range).
 template <class Scalar = double, class Visit>
 void walkStitches(const std::vector<HMKStitch>& stitches, Visit&& visit) {
+    using Result = std::invoke_result_t<Visit&, std::size_t, const HMKStitch&,
+                                        const HMKPosition<Scalar>&, const HMKPosition<Scalar>&>;
     HMKPosition<Scalar> position;
     for (std::size_t i = 0; i < stitches.size(); ++i) {
         const HMKStitch& stitch = stitches[i];
         HMKPosition<Scalar> end{position.x + static_cast<Scalar>(stitch.deltaX),
                                 position.y + static_cast<Scalar>(stitch.deltaY)};
-        visit(i, stitch, position, end);
+        if constexpr (std::is_same_v<Result, bool>) {
+            if (!visit(i, stitch, position, end)) {
+                return;
+            }
+        } else {
+            visit(i, stitch, position, end);
+        }
         position = end;
     }
 }

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <sstream>
 #include <unordered_map>
@@ -51,10 +52,16 @@ void skipBlanksAndComments(const std::string& text, std::size_t& pos) {
     }
 }
 
-const Table& tableNamed(std::string_view name) {
+std::shared_ptr<const Table> tableNamed(std::string_view name) {
     static std::mutex mutex;
-    static std::map<std::string, Table, std::less<>> cache;
+    static std::map<std::string, std::shared_ptr<const Table>, std::less<>> cache;
+    static std::uint64_t cachedGeneration = resourceGeneration();
     std::lock_guard lock(mutex);
+    // A change of resource folders (tests install their own) starts the cache over.
+    if (cachedGeneration != resourceGeneration()) {
+        cache.clear();
+        cachedGeneration = resourceGeneration();
+    }
     auto found = cache.find(name);
     if (found != cache.end()) {
         return found->second;
@@ -68,7 +75,8 @@ const Table& tableNamed(std::string_view name) {
             }
         }
     }
-    return cache.emplace(std::string(name), std::move(table)).first->second;
+    return cache.emplace(std::string(name), std::make_shared<const Table>(std::move(table)))
+        .first->second;
 }
 
 }  // namespace
@@ -111,12 +119,12 @@ bool parseStringTable(const std::filesystem::path& file,
 
 std::string localizedString(std::string_view table, std::string_view key,
                             std::string_view defaultText) {
-    const Table& entries = tableNamed(table);
-    auto found = entries.find(std::string(key));
-    return found != entries.end() ? found->second : std::string(defaultText);
+    const auto entries = tableNamed(table);
+    auto found = entries->find(std::string(key));
+    return found != entries->end() ? found->second : std::string(defaultText);
 }
 
 bool hasLocalizedString(std::string_view table, std::string_view key) {
-    const Table& entries = tableNamed(table);
-    return entries.find(std::string(key)) != entries.end();
+    const auto entries = tableNamed(table);
+    return entries->find(std::string(key)) != entries->end();
 }

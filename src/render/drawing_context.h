@@ -22,7 +22,7 @@ struct HMKGradient {
 };
 
 class HMKDrawingContext {
-public:
+  public:
     virtual ~HMKDrawingContext() = default;
 
     virtual void saveState() = 0;
@@ -36,7 +36,9 @@ public:
 
     virtual void moveTo(double x, double y) = 0;
     virtual void lineTo(double x, double y) = 0;
-    // Angles in radians; clockwise as seen in the context's own coordinate system.
+    // Angles in radians, measured from the x axis toward the y axis of user space; the arc
+    // sweeps toward decreasing angles when clockwise (clockwise as seen with y pointing up).
+    // Like lineTo, it first joins the current point to the arc's start.
     virtual void addArc(double centerX, double centerY, double radius, double startAngle,
                         double endAngle, bool clockwise) = 0;
     virtual void addRect(double x, double y, double width, double height) = 0;

@@ -1,6 +1,111 @@
-// Stand-in until the reader lands: refuses every file as an unknown format.
-#include "model/design.h"
+// SEW reader: a colour table of Janome colour codes, then from a fixed offset a stream of
+// 2-byte moves (signed dx, dy in 0.1 mm) with 0x80 escape records.
+#include <cstdint>
+#include <vector>
 
-bool HMKDesign::importSewDesignFromURL(const std::filesystem::path&, HMKError* error) {
-    return fail(error, 10, "Unknown file format (UTI).");
+#include "formats/byte_reader.h"
+#include "formats/file_io.h"
+#include "formats/read/memory_readers.h"
+
+namespace {
+
+constexpr std::int32_t kSewVersion = 10;
+// Files whose colour table uses the extended Janome codes (above 12).
+constexpr std::int32_t kSewExtendedCodesVersion = 20;
+constexpr std::uint16_t kSewHighestBasicColorCode = 12;
+constexpr std::uint16_t kSewMaxColors = 12;
+constexpr std::size_t kSewColorCountOffset = 0;
+constexpr std::size_t kSewColorTableOffset = 2;
+constexpr std::size_t kSewStitchDataOffset = 7544;
+constexpr const char* kSewPalette = "Janome";
+
+constexpr std::uint8_t kSewEscape = 0x80;
+constexpr std::uint8_t kSewColorChange = 0x01;
+constexpr std::uint8_t kSewJump = 0x02;
+constexpr std::uint8_t kSewEnd = 0x10;
+constexpr std::size_t kSewStitchSize = 2;
+constexpr std::size_t kSewEscapeRecordSize = 4;
+
+}  // namespace
+
+bool importSewDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error) {
+    design.setDesignType("SEW");
+    design.setDesignVersion(kSewVersion);
+    HMKByteReader reader(data);
+    const std::size_t length = reader.size();
+    if (length <= kSewStitchDataOffset) {
+        return fail(error, 90, "Unable to read SEW: file size too small to hold any stitches.");
+    }
+    const std::uint16_t colorCount = reader.u16le(kSewColorCountOffset).value_or(0);
+    if (colorCount < 1 || colorCount > kSewMaxColors) {
+        return fail(error, 91, "Unable to read SEW: Number of colors invalid.");
+    }
+    const auto janomeCodes = HMKDesign::janomeColorCodes();
+    for (std::size_t i = 0; i < colorCount; ++i) {
+        // The table always lies inside the file: it ends long before the stitch data.
+        const std::uint16_t code = reader.u16le(kSewColorTableOffset + 2 * i).value_or(0);
+        if (code > kSewHighestBasicColorCode) {
+            design.setDesignVersion(kSewExtendedCodesVersion);
+        }
+        // Unlike JEF there is deliberately no fallback: an unknown code gives an empty key.
+        auto found = janomeCodes.find(code);
+        std::string key = found != janomeCodes.end() ? found->second : std::string();
+        design.threads().push_back(HMKThread::fromPaletteKey(key, kSewPalette));
+    }
+
+    design.resetBounds();
+    auto& stitches = design.stitches();
+    stitches.reserve(stitches.size() + (length - kSewStitchDataOffset) / kSewStitchSize);
+    float x = 0;
+    float y = 0;
+    std::size_t p = kSewStitchDataOffset;
+    while (p + 1 < length) {
+        auto first = reader.u8(p);
+        auto second = reader.s8(p + 1);
+        if (!first || !second) {
+            break;
+        }
+        HMKStitch stitch(static_cast<std::int8_t>(*first), *second, false, false);
+        if (*first == kSewEscape) {
+            auto dx = reader.s8(p + 2);
+            auto dy = reader.s8(p + 3);
+            if (!dx || !dy) {
+                // Any escape record within the last three bytes ends the design quietly,
+                // even the 2-byte ones that would still fit.
+                return true;
+            }
+            switch (static_cast<std::uint8_t>(*second)) {
+                case kSewColorChange:
+                    stitch = HMKStitch(0, 0, false, true);
+                    p += kSewEscapeRecordSize;
+                    break;
+                case kSewJump:
+                    stitch = HMKStitch(*dx, *dy, true, false);
+                    p += kSewEscapeRecordSize;
+                    break;
+                case kSewEnd:
+                    return true;
+                default:
+                    // Any other code is a (0, 0) stitch of 2 bytes; what follows is read as a
+                    // new record.
+                    stitch = HMKStitch(0, 0, false, false);
+                    p += kSewStitchSize;
+                    break;
+            }
+        } else {
+            p += kSewStitchSize;
+        }
+        stitches.push_back(stitch);
+        x += stitch.deltaX;
+        y += stitch.deltaY;
+        design.widenBounds(x, y);
+    }
+    return true;
+}
+
+bool HMKDesign::importSewDesignFromURL(const std::filesystem::path& url, HMKError* error) {
+    // An unreadable file counts as empty and so fails as too small.
+    auto bytes = readWholeFile(url).value_or(std::vector<std::uint8_t>{});
+    return importSewDesignFromData(*this, bytes, error);
 }

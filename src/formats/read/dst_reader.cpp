@@ -1,0 +1,152 @@
+// Tajima DST: a 512-byte text header whose tags are only checked for presence, then 3-byte
+// stitch records in balanced-ternary bit weights. Colours are not stored, so the reader makes
+// numbered placeholder threads.
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "formats/byte_reader.h"
+#include "formats/file_io.h"
+#include "formats/read/readers.h"
+#include "model/design.h"
+
+namespace {
+
+constexpr std::size_t kDstHeaderSize = 512;
+constexpr std::size_t kDstRecordSize = 3;
+// The header plus one record plus one byte: the last three bytes are never decoded.
+constexpr std::size_t kDstMinimumFileSize = 516;
+// Tags must lie in the first 511 characters; a tag ending on the 512th is not found.
+constexpr std::size_t kDstHeaderSearchLength = 511;
+constexpr std::int32_t kDstDesignVersion = 10;
+
+constexpr std::uint8_t kDstEndRecord = 0xF3;
+constexpr std::uint8_t kDstKindMask = 0xC3;
+constexpr std::uint8_t kDstNormalKind = 0x03;
+constexpr std::uint8_t kDstJumpKind = 0x83;
+constexpr std::uint8_t kDstColorChangeKind = 0xC3;
+
+// Placeholder thread keys run "1" to "20" and then start again.
+constexpr std::size_t kDstThreadKeyCycle = 20;
+
+struct DstHeaderTag {
+    std::string_view tag;
+    int code;
+    std::string_view message;
+};
+
+// Checked in this order; the first missing tag decides the error.
+constexpr std::array<DstHeaderTag, 9> kDstHeaderTags = {{
+    {"LA:", 110, "Unable to import DST file (missing LA: tag in header)."},
+    {"ST:", 112, "Unable to import DST file (missing ST: tag in header)."},
+    {"CO:", 113, "Unable to import DST file (missing CO: tag in header)."},
+    {"+X:", 114, "Unable to import DST file (missing +X: tag in header)."},
+    {"-X:", 115, "Unable to import DST file (missing -X: tag in header)."},
+    {"+Y:", 116, "Unable to import DST file (missing +Y: tag in header)."},
+    {"-Y:", 117, "Unable to import DST file (missing -Y: tag in header)."},
+    {"AX:", 118, "Unable to import DST file (missing AX: tag in header)."},
+    {"AY:", 119, "Unable to import DST file (missing AY: tag in header)."},
+}};
+
+// The movement one record byte contributes. In every byte, bits 0/1 are x +small/-small,
+// bits 2/3 x +large/-large, bits 7/6 y +small/-small and bits 5/4 y +large/-large; the third
+// byte has no small weights (its bits 0, 1, 6 and 7 are the record kind).
+struct DstByteMoves {
+    std::array<std::int8_t, 256> dx{};
+    std::array<std::int8_t, 256> dy{};
+};
+
+constexpr DstByteMoves makeDstByteMoves(int small, int large) {
+    DstByteMoves moves;
+    for (int byte = 0; byte < 256; ++byte) {
+        auto bit = [byte](int index) { return (byte >> index) & 1; };
+        moves.dx[byte] =
+            static_cast<std::int8_t>(small * (bit(0) - bit(1)) + large * (bit(2) - bit(3)));
+        moves.dy[byte] =
+            static_cast<std::int8_t>(small * (bit(7) - bit(6)) + large * (bit(5) - bit(4)));
+    }
+    return moves;
+}
+
+constexpr DstByteMoves kDstFirstByteMoves = makeDstByteMoves(1, 9);
+constexpr DstByteMoves kDstSecondByteMoves = makeDstByteMoves(3, 27);
+constexpr DstByteMoves kDstThirdByteMoves = makeDstByteMoves(0, 81);
+
+// The placeholder threads, made once per key: building a thread loads its palette.
+class DstPlaceholderThreads {
+  public:
+    // The thread that follows `count` threads: key (count mod 20) + 1.
+    const HMKThread& threadAfter(std::size_t count) {
+        auto& thread = threads_[count % kDstThreadKeyCycle];
+        if (!thread) {
+            thread = HMKThread::fromPaletteKey(std::to_string(count % kDstThreadKeyCycle + 1),
+                                               kUndefinedPalette);
+        }
+        return *thread;
+    }
+
+  private:
+    std::array<std::optional<HMKThread>, kDstThreadKeyCycle> threads_;
+};
+
+}  // namespace
+
+bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
+                             HMKError* error) {
+    design.setDesignType("DST");
+    design.setDesignVersion(kDstDesignVersion);
+    const HMKByteReader reader(bytes);
+    if (reader.size() < kDstMinimumFileSize) {
+        return fail(error, 123, "Unable to import DST file (missing header).");
+    }
+    const std::string_view header = reader.text(0, kDstHeaderSearchLength).value_or("");
+    for (const auto& tag : kDstHeaderTags) {
+        if (header.find(tag.tag) == std::string_view::npos) {
+            return fail(error, tag.code, tag.message);
+        }
+    }
+
+    design.resetBounds();
+    DstPlaceholderThreads placeholders;
+    auto& threads = design.threads();
+    threads.push_back(placeholders.threadAfter(threads.size()));
+
+    auto& stitches = design.stitches();
+    stitches.reserve(stitches.size() + (reader.size() - kDstHeaderSize) / kDstRecordSize);
+    float x = 0;
+    float y = 0;
+    // Deliberate: a record is decoded only while offset + 3 is below the length, so the last
+    // three bytes of the file are never read as a record, even when they hold a stitch.
+    for (std::size_t offset = kDstHeaderSize; offset + kDstRecordSize < reader.size();
+         offset += kDstRecordSize) {
+        const std::uint8_t b0 = reader.u8(offset).value_or(0);
+        const std::uint8_t b1 = reader.u8(offset + 1).value_or(0);
+        const std::uint8_t b2 = reader.u8(offset + 2).value_or(kDstEndRecord);
+        if (b2 == kDstEndRecord) {
+            return true;
+        }
+        const std::uint8_t kind = b2 & kDstKindMask;
+        if (kind != kDstNormalKind && kind != kDstJumpKind && kind != kDstColorChangeKind) {
+            return fail(error, 111, "Unable to import DST file (invalid function codes).");
+        }
+        const bool isColorChange = kind == kDstColorChangeKind;
+        if (isColorChange) {
+            threads.push_back(placeholders.threadAfter(threads.size()));
+        }
+        const float dx = static_cast<float>(kDstFirstByteMoves.dx[b0] + kDstSecondByteMoves.dx[b1] +
+                                            kDstThirdByteMoves.dx[b2]);
+        const float dy = static_cast<float>(kDstFirstByteMoves.dy[b0] + kDstSecondByteMoves.dy[b1] +
+                                            kDstThirdByteMoves.dy[b2]);
+        stitches.emplace_back(dx, dy, kind == kDstJumpKind, isColorChange);
+        x += dx;
+        y += dy;
+        design.widenBounds(x, y);
+    }
+    return true;
+}
+
+bool HMKDesign::importDstDesignFromURL(const std::filesystem::path& url, HMKError* error) {
+    return importDstDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
+}

@@ -1,0 +1,290 @@
+// Brother PES and PEC: both files are reduced to their PEC section (everything after "LA:"),
+// which one segment reader decodes: the stitch stream, then one thread per colour block from
+// the PEC colour list through the Brother read-code table.
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "formats/byte_reader.h"
+#include "formats/file_io.h"
+#include "formats/read/readers.h"
+#include "model/design.h"
+
+namespace {
+
+// --- File headers ----------------------------------------------------------------------------
+constexpr std::string_view kPesMagic = "#PES";
+constexpr std::string_view kPecMagic = "#PEC";
+constexpr std::size_t kVersionOffset = 4;
+constexpr std::size_t kVersionDigits = 4;
+constexpr std::size_t kPesMinimumFileSize = 8;
+constexpr std::size_t kPecMinimumFileSize = 11;
+constexpr std::string_view kPecSectionTag = "LA:";
+constexpr std::size_t kPecSectionTagOffset = 8;
+constexpr std::array<int, 13> kPesVersions = {1, 20, 25, 30, 40, 50, 55, 56, 60, 70, 71, 80, 90};
+constexpr int kPecVersion = 1;
+// Version 1 is kept as 10 (tenths); the later versions are kept as written.
+constexpr std::int32_t kVersionOneDesignVersion = 10;
+
+// --- PEC segment (offsets from the byte after "LA:") -----------------------------------------
+constexpr std::size_t kPecMinimumSegmentSize = 529;
+constexpr std::size_t kPecColorIndexOffset = 46;
+constexpr std::size_t kPecGraphicHeaderOffset = 509;
+constexpr std::size_t kPecThumbnailOffsetField = 511;
+constexpr std::size_t kPecWidthOffset = 516;
+constexpr std::size_t kPecHeightOffset = 518;
+constexpr std::size_t kPecStitchDataOffset = 525;
+// Files from some machines carry the stitch data one byte later; a failed decode is retried
+// there.
+constexpr std::size_t kPecShiftedStitchDataOffset = 526;
+constexpr std::size_t kPecStartPositionSize = 4;
+
+// --- PEC stitch stream -----------------------------------------------------------------------
+constexpr std::uint8_t kPecEndOfStitches = 0xFF;
+constexpr std::uint8_t kPecCommand = 0xFE;
+constexpr std::uint8_t kPecColorChange = 0xB0;
+constexpr std::size_t kPecColorChangeSize = 3;
+constexpr std::uint8_t kPecLongFormBit = 0x80;
+constexpr std::uint8_t kPecNegativeShortBit = 0x40;
+constexpr int kPecShortFormRange = 128;
+constexpr std::uint8_t kPecLongFormHighBits = 0x0F;
+constexpr int kPecLongFormSignLimit = 7;
+constexpr int kPecLongFormRange = 4096;
+// Long-form first bytes that still mean a plain stitch (no flags, value -256 to 255).
+constexpr std::uint8_t kPecPlainLongPositive = 0x80;
+constexpr std::uint8_t kPecPlainLongNegative = 0x8F;
+
+constexpr const char* kBrotherPalette = "Brother";
+constexpr const char* kBrotherFallbackKey = "005";
+
+// The integer at the front of text, as the platform's string-to-integer reads it: leading
+// blanks, an optional sign, then digits up to the first non-digit; 0 when there are none.
+int leadingInteger(std::string_view text) {
+    std::size_t index = 0;
+    while (index < text.size() && std::isspace(static_cast<unsigned char>(text[index]))) {
+        ++index;
+    }
+    bool negative = false;
+    if (index < text.size() && (text[index] == '+' || text[index] == '-')) {
+        negative = text[index] == '-';
+        ++index;
+    }
+    int value = 0;
+    for (; index < text.size() && text[index] >= '0' && text[index] <= '9'; ++index) {
+        value = value * 10 + (text[index] - '0');
+    }
+    return negative ? -value : value;
+}
+
+std::int32_t designVersionOf(int fileVersion) {
+    return fileVersion == 1 ? kVersionOneDesignVersion : fileVersion;
+}
+
+// 12-bit two's complement from the low nibble of the first byte and the second byte.
+int pecLongValue(std::uint8_t first, std::uint8_t second) {
+    const int high = first & kPecLongFormHighBits;
+    const int value = high * 256 + second;
+    return high > kPecLongFormSignLimit ? value - kPecLongFormRange : value;
+}
+
+struct PecCoordinate {
+    int value = 0;
+    std::uint8_t firstByte = 0;
+    std::size_t size = 0;
+
+    bool isLongForm() const { return size == 2; }
+    // Deliberately coarse: a long form that could hold a jump flag counts as a move.
+    bool marksMove() const {
+        return isLongForm() && firstByte != kPecPlainLongPositive &&
+               firstByte != kPecPlainLongNegative;
+    }
+};
+
+// One coordinate at offset, or none when its bytes run past the segment.
+std::optional<PecCoordinate> readPecCoordinate(const HMKByteReader& reader, std::size_t offset) {
+    const auto first = reader.u8(offset);
+    if (!first) {
+        return std::nullopt;
+    }
+    if ((*first & kPecLongFormBit) == 0) {
+        const int value = (*first & kPecNegativeShortBit) ? *first - kPecShortFormRange : *first;
+        return PecCoordinate{value, *first, 1};
+    }
+    const auto second = reader.u8(offset + 1);
+    if (!second) {
+        return std::nullopt;
+    }
+    return PecCoordinate{pecLongValue(*first, *second), *first, 2};
+}
+
+// Code 33 alone carries its text as the failure reason (kept as the files' readers expect).
+bool failWithReason(HMKError* error, int code, std::string_view defaultText) {
+    if (error) {
+        *error = makeError(code, defaultText);
+        error->failureReason = std::move(error->recoverySuggestion);
+        error->recoverySuggestion.clear();
+    }
+    return false;
+}
+
+}  // namespace
+
+bool importPesDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
+                             HMKError* error) {
+    design.setDesignType("PES");
+    const HMKByteReader reader(bytes);
+    if (reader.size() < kPesMinimumFileSize || reader.text(0, kPesMagic.size()) != kPesMagic) {
+        return fail(error, 30, "Unable to import PES file (missing header).");
+    }
+    const int version = leadingInteger(reader.text(kVersionOffset, kVersionDigits).value_or(""));
+    design.setDesignVersion(designVersionOf(version));
+    if (std::find(kPesVersions.begin(), kPesVersions.end(), version) == kPesVersions.end()) {
+        return fail(error, 31, "Unable to import PES file (unsupported version).");
+    }
+    // The file must split at "LA:" into exactly two pieces: find the first and make sure no
+    // second one follows, rather than cutting the file apart.
+    const std::string_view text = reader.allText();
+    const std::size_t tag = text.find(kPecSectionTag);
+    if (tag == std::string_view::npos) {
+        return fail(error, 32, "Unable to import PES file (PEC part missing).");
+    }
+    const std::size_t segmentOffset = tag + kPecSectionTag.size();
+    if (text.find(kPecSectionTag, segmentOffset) != std::string_view::npos) {
+        return failWithReason(
+            error, 33,
+            "Unable to import PES file (PEC multiparts not supported by PES file version).");
+    }
+    design.resetBounds();
+    return design.importPecSegmentFromData(bytes.subspan(segmentOffset), error);
+}
+
+bool importPecDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
+                             HMKError* error) {
+    design.setDesignType("PEC");
+    const HMKByteReader reader(bytes);
+    if (reader.size() < kPecMinimumFileSize || reader.text(0, kPecMagic.size()) != kPecMagic) {
+        return fail(error, 30, "Unable to import PES/PEC file (missing header).");
+    }
+    const int version = leadingInteger(reader.text(kVersionOffset, kVersionDigits).value_or(""));
+    if (version != kPecVersion) {
+        return fail(error, 31, "Unable to import PES/PEC file (unsupported version).");
+    }
+    design.setDesignVersion(designVersionOf(version));
+    if (reader.text(kPecSectionTagOffset, kPecSectionTag.size()) != kPecSectionTag) {
+        return fail(error, 32, "Unable to import PES file (PEC part missing).");
+    }
+    design.resetBounds();
+    const std::size_t segmentOffset = kPecSectionTagOffset + kPecSectionTag.size();
+    return design.importPecSegmentFromData(bytes.subspan(segmentOffset), error);
+}
+
+bool HMKDesign::importPesDesignFromURL(const std::filesystem::path& url, HMKError* error) {
+    return importPesDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
+}
+
+bool HMKDesign::importPecDesignFromURL(const std::filesystem::path& url, HMKError* error) {
+    return importPecDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
+}
+
+bool HMKDesign::importPecSegmentFromData(std::span<const std::uint8_t> segment, HMKError* error) {
+    if (segment.size() < kPecMinimumSegmentSize) {
+        return fail(error, 190, "Unable to import PEC segment (segment too small for attributes).");
+    }
+    std::int32_t colorBlocks = importPecStichesFromData(segment, kPecStitchDataOffset);
+    if (colorBlocks == 0) {
+        stitches().clear();
+        resetBounds();
+        colorBlocks = importPecStichesFromData(segment, kPecShiftedStitchDataOffset, error);
+        if (colorBlocks == 0) {
+            return false;
+        }
+    }
+
+    // Making a thread loads its palette, so each colour index is looked up once.
+    const HMKByteReader reader(segment);
+    const auto codes = brotherReadColorCodes();
+    std::array<std::optional<HMKThread>, 256> threadOfIndex;
+    for (std::int32_t block = 0; block < colorBlocks; ++block) {
+        const std::uint8_t index =
+            reader.u8(kPecColorIndexOffset + static_cast<std::size_t>(block)).value_or(0);
+        auto& thread = threadOfIndex[index];
+        if (!thread) {
+            const auto code = codes.find(index);
+            thread =
+                HMKThread::fromPaletteKey(code == codes.end() ? "" : code->second, kBrotherPalette);
+            if (thread->paletteName.empty()) {
+                thread = HMKThread::fromPaletteKey(kBrotherFallbackKey, kBrotherPalette);
+            }
+        }
+        threads().push_back(*thread);
+    }
+    return true;
+}
+
+std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> segment,
+                                                 std::size_t offset, HMKError* error) {
+    const HMKByteReader reader(segment);
+    const std::size_t end =
+        kPecGraphicHeaderOffset + reader.u24le(kPecThumbnailOffsetField).value_or(0);
+
+    // The first stitch moves from the design's centre to the start position.
+    const int startX =
+        pecLongValue(reader.u8(offset).value_or(0), reader.u8(offset + 1).value_or(0));
+    const int startY =
+        pecLongValue(reader.u8(offset + 2).value_or(0), reader.u8(offset + 3).value_or(0));
+    const int halfWidth = reader.s16le(kPecWidthOffset).value_or(0) / 2;
+    const int halfHeight = reader.s16le(kPecHeightOffset).value_or(0) / 2;
+    float x = static_cast<float>(startX - halfWidth);
+    float y = static_cast<float>(halfHeight - startY);
+    stitches().emplace_back(x, y, true, false);
+    widenBounds(x, y);
+
+    if (reader.size() < end) {
+        fail(error, 191, "Unable to import PEC segment (segment too small for bitmap pointer).");
+        return 0;
+    }
+    std::size_t position = offset + kPecStartPositionSize;
+    if (position >= end) {
+        fail(error, 192, "Unable to import PEC segment (stitches not terminated).");
+        return 0;
+    }
+
+    // Every record takes at least two bytes.
+    stitches().reserve(stitches().size() + (end - position) / 2);
+    std::int32_t colorBlocks = 1;
+    while (position < end) {
+        const std::uint8_t first = reader.u8(position).value_or(kPecEndOfStitches);
+        if (first == kPecEndOfStitches) {
+            return colorBlocks;
+        }
+        if (first == kPecCommand && reader.u8(position + 1) == kPecColorChange) {
+            stitches().emplace_back(0.0f, 0.0f, false, true);
+            ++colorBlocks;
+            position += kPecColorChangeSize;
+            continue;
+        }
+        const auto dx = readPecCoordinate(reader, position);
+        if (!dx) {
+            break;
+        }
+        const auto dy = readPecCoordinate(reader, position + dx->size);
+        if (!dy) {
+            break;
+        }
+        position += dx->size + dy->size;
+        const bool isJump = dx->marksMove() && dy->marksMove();
+        // PEC y grows downward.
+        const float deltaX = static_cast<float>(dx->value);
+        const float deltaY = static_cast<float>(-dy->value);
+        stitches().emplace_back(deltaX, deltaY, isJump, false);
+        x += deltaX;
+        y += deltaY;
+        widenBounds(x, y);
+    }
+    fail(error, 192, "Unable to import PEC segment (stitches not terminated).");
+    return 0;
+}

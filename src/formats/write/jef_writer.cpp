@@ -1,0 +1,112 @@
+// Janome JEF: a 116-byte header with date, hoop code and extents, a code and a tension per
+// thread, then 2-byte moves with escape records. Runs the Janome hoop check.
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+
+#include "formats/file_io.h"
+#include "formats/write/byte_writer.h"
+#include "formats/write/hoop_check.h"
+#include "formats/write/writer_support.h"
+#include "model/design.h"
+
+namespace {
+
+constexpr std::size_t kJefHeaderSize = 116;
+constexpr std::int32_t kJefHeaderConstant = 10;
+constexpr std::size_t kJefRecordCountOffset = 28;
+constexpr std::size_t kJefReservedIntegers = 16;
+constexpr std::uint8_t kJefEscape = 0x80;
+constexpr std::uint8_t kJefColorChange = 0x01;
+constexpr std::uint8_t kJefJump = 0x02;
+constexpr std::uint8_t kJefEnd = 0x10;
+// The most bytes one stitch can take: colour change, zero move, jump and move.
+constexpr std::size_t kJefMaxBytesPerStitch = 8;
+constexpr std::int32_t kJefUnknownThreadCode = 23;
+constexpr int kJefVersion = 10;
+
+// "yyyyMMddHHmmss" in the user's time zone.
+std::string localDateTimeText() {
+    std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char text[15];
+    std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &local);
+    return text;
+}
+
+std::int32_t absoluteTruncated(float value) {
+    return std::abs(static_cast<std::int32_t>(value));
+}
+
+}  // namespace
+
+bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError* error) {
+    const auto threadCount = static_cast<std::int32_t>(threads_.size());
+    HMKByteWriter file(kJefHeaderSize + 8 * threads_.size() +
+                       kJefMaxBytesPerStitch * stitches_.size() + 2);
+    file.le32(static_cast<std::int32_t>(kJefHeaderSize) + 8 * threadCount);
+    file.le32(kJefHeaderConstant);
+    file.text(localDateTimeText());
+    file.bytes({0x00, 0x00});
+    file.le32(threadCount);
+    file.le32(0);  // record count, filled in after the stitches
+
+    std::optional<HMKHoop> hoop = checkHoopForWriting(
+        *this, kJanomeVendor,
+        {"Design exceeds the current hoop size.", "Unable to export JEF file (unsupported hoop)."},
+        error);
+    if (!hoop) {
+        return false;
+    }
+    file.le32(hoop->code());
+    file.le32(absoluteTruncated(xMin_));
+    file.le32(absoluteTruncated(yMin_));
+    file.le32(absoluteTruncated(xMax_));
+    file.le32(absoluteTruncated(yMax_));
+    file.repeat(0x00, 4 * kJefReservedIntegers);
+
+    HMKVendorThreads janome = convertThreadsToVendor(threads_, std::string(kJanomeVendor),
+                                                     janomeColorCodes(), kJefUnknownThreadCode);
+    for (std::int32_t code : janome.codes) {
+        file.le32(code);
+    }
+    for (const HMKThread& thread : threads_) {
+        file.le32(thread.tension);
+    }
+
+    std::int32_t records = 0;
+    HMKCarriedRounding roundX;
+    HMKCarriedRounding roundY;
+    for (const HMKStitch& stitch : stitches_) {
+        if (stitch.isColorChange) {
+            file.bytes({kJefEscape, kJefColorChange});
+            ++records;
+            if (stitch.isJumpStitch) {
+                file.bytes({0x00, 0x00});  // the colour change with a zero move; the jump follows
+                ++records;
+            }
+        }
+        if (stitch.isJumpStitch) {
+            file.bytes({kJefEscape, kJefJump});
+            ++records;
+        }
+        // Moves are kept within a signed byte by optimizeJumpsFor("JEF"); larger ones are
+        // written modulo 256, never split or clamped. y is stored as held.
+        file.bytes({static_cast<std::uint8_t>(roundX.next(stitch.deltaX)),
+                    static_cast<std::uint8_t>(roundY.next(stitch.deltaY))});
+        ++records;
+    }
+    file.bytes({kJefEscape, kJefEnd});
+    file.patchLe32(kJefRecordCountOffset, records + 1);
+
+    if (!writeFileAtomically(url, file.data(), error)) {
+        return false;
+    }
+    if (!useThreadFile_) {
+        threads_ = std::move(janome.converted);
+    }
+    designType_ = "JEF";
+    designVersion_ = kJefVersion;
+    return true;
+}

@@ -1,0 +1,109 @@
+// Shared helpers of the writer tests: a scratch folder per test, small designs built stitch
+// by stitch, and byte-level helpers for golden files.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "formats/file_io.h"
+#include "model/design.h"
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes bytesOf(std::initializer_list<int> values) {
+    Bytes bytes;
+    for (int value : values)
+        bytes.push_back(static_cast<std::uint8_t>(value));
+    return bytes;
+}
+
+inline Bytes bytesOf(std::string_view text) {
+    return Bytes(text.begin(), text.end());
+}
+
+inline void append(Bytes& to, const Bytes& more) {
+    to.insert(to.end(), more.begin(), more.end());
+}
+
+inline void appendText(Bytes& to, std::string_view text) {
+    to.insert(to.end(), text.begin(), text.end());
+}
+
+inline Bytes slice(const Bytes& bytes, std::size_t offset, std::size_t length) {
+    return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(offset),
+                 bytes.begin() + static_cast<std::ptrdiff_t>(offset + length));
+}
+
+inline std::int32_t le32At(const Bytes& bytes, std::size_t offset) {
+    return static_cast<std::int32_t>(bytes[offset] | bytes[offset + 1] << 8 |
+                                     bytes[offset + 2] << 16 |
+                                     static_cast<std::uint32_t>(bytes[offset + 3]) << 24);
+}
+
+inline HMKThread makeThread(const std::string& key, const std::string& palette,
+                            HMKColor color = HMKColor()) {
+    return HMKThread(color, "Thread " + key, key, palette, palette);
+}
+
+// A design of the given stitches and threads with its bounds computed from the stitches.
+inline HMKDesign makeDesign(std::vector<HMKStitch> stitches, std::vector<HMKThread> threads,
+                            const std::string& name = "Test.dst") {
+    HMKDesign design;
+    design.setStitches(std::move(stitches));
+    design.setThreads(std::move(threads));
+    design.setDesignName(name);
+    design.recomputeBounds();
+    return design;
+}
+
+inline HMKStitch plain(float dx, float dy) {
+    return HMKStitch(dx, dy, false, false);
+}
+inline HMKStitch jump(float dx, float dy) {
+    return HMKStitch(dx, dy, true, false);
+}
+inline HMKStitch change(float dx, float dy, bool isJump = false) {
+    return HMKStitch(dx, dy, isJump, true);
+}
+
+// A fresh scratch folder per test, removed afterwards.
+class WriterTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "hemlark-write-XXXXXX");
+        folder_ = ::mkdtemp(pattern.data());
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path file(const std::string& name) const { return folder_ / name; }
+
+    static Bytes read(const std::filesystem::path& path) {
+        auto bytes = readWholeFile(path);
+        return bytes ? *bytes : Bytes{};
+    }
+
+    static void writeExisting(const std::filesystem::path& path, const Bytes& bytes) {
+        ASSERT_TRUE(writeFileAtomically(path, bytes));
+    }
+
+    // The names in the scratch folder, to show that no temporary file was left behind.
+    std::vector<std::string> folderContents() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    std::filesystem::path folder_;
+};
