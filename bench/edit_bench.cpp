@@ -124,6 +124,8 @@ HMK_EDIT_BENCH(CenterDesign, false, design.centerDesign());
 
 // Stitch edits.
 HMK_EDIT_BENCH(OptimizeJumps, false, design.optimizeJumpsFor("PES"));
+// Every run of DST-cut jump pieces is merged and cut again: the slow path, for ~10 % of records.
+HMK_EDIT_BENCH(OptimizeJumpsDst, false, design.optimizeJumpsFor("DST"));
 HMK_EDIT_BENCH(InsertJumpAtStart, false, design.insertJump({5, 5}, 0));
 HMK_EDIT_BENCH(DeleteSelection, true, design.deleteSelection());
 HMK_EDIT_BENCH(SwitchSelectionToJumps, true, design.switchSelectionToJumps(true));
