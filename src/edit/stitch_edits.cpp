@@ -43,35 +43,49 @@ bool isJumpOrChange(const HMKStitch& stitch) {
     return stitch.isJumpStitch || stitch.isColorChange;
 }
 
-// Every run of consecutive jumps and colour changes becomes one stitch carrying the run's
-// whole movement (a jump if any member was one, selected as the run's first stitch), dropped
-// when that movement is null, followed by one zero-length colour change per colour change of
-// the run: the thread count is kept and a colour change never carries movement.
-std::vector<HMKStitch> mergeJumpRuns(const std::vector<HMKStitch>& stitches) {
-    std::vector<HMKStitch> merged;
-    merged.reserve(stitches.size());
-    std::size_t i = 0;
-    while (i < stitches.size()) {
-        if (!isJumpOrChange(stitches[i])) {
-            merged.push_back(stitches[i++]);
-            continue;
+// Writes a rebuilt stitch list over the list it is read from, as long as the writing stays
+// behind the reading; the first stitch that would overtake it moves the output to a new list.
+// Normalisation mostly shrinks a list or keeps its length, so the usual pass allocates nothing.
+class HMKOverwritingWriter {
+  public:
+    explicit HMKOverwritingWriter(std::vector<HMKStitch>& list) : list_(list) {}
+
+    // `read` is the number of stitches of the list read so far; they may be overwritten.
+    void push(const HMKStitch& stitch, std::size_t read) {
+        if (moved_ || written_ >= read) {
+            pushMoved(stitch);
+        } else {
+            list_[written_] = stitch;
         }
-        HMKStitch run = stitches[i++];
-        std::size_t colorChanges = run.isColorChange ? 1 : 0;
-        run.isColorChange = false;
-        for (; i < stitches.size() && isJumpOrChange(stitches[i]); ++i) {
-            run.deltaX += stitches[i].deltaX;
-            run.deltaY += stitches[i].deltaY;
-            run.isJumpStitch = run.isJumpStitch || stitches[i].isJumpStitch;
-            colorChanges += stitches[i].isColorChange ? 1 : 0;
-        }
-        if (!run.isNullStitch()) {
-            merged.push_back(run);
-        }
-        merged.insert(merged.end(), colorChanges, HMKStitch(0, 0, false, true));
+        ++written_;
     }
-    return merged;
-}
+    std::size_t size() const { return written_; }
+    const HMKStitch& operator[](std::size_t index) const {
+        return moved_ ? output_[index] : list_[index];
+    }
+    void finish() {
+        if (moved_) {
+            list_ = std::move(output_);
+        } else {
+            list_.resize(written_);
+        }
+    }
+
+  private:
+    [[gnu::noinline]] void pushMoved(const HMKStitch& stitch) {
+        if (!moved_) {
+            moved_ = true;
+            output_.reserve(list_.size() + list_.size() / 8 + 16);
+            output_.assign(list_.begin(), list_.begin() + static_cast<std::ptrdiff_t>(written_));
+        }
+        output_.push_back(stitch);
+    }
+
+    std::vector<HMKStitch>& list_;
+    std::vector<HMKStitch> output_;
+    std::size_t written_ = 0;
+    bool moved_ = false;
+};
 
 // The first piece of a stitch cut to the format's limit, on the stitch's own line. Both ratios
 // use the stitch's own deltas; a value exactly at the limit is not cut. Returns false when the
@@ -97,6 +111,27 @@ bool firstPieceOf(const HMKStitch& stitch, float limit, float& pieceX, float& pi
     return split;
 }
 
+// Deselects the jumps and colour changes at both ends of the selection, which runs from
+// index `first` to index `last` (both selected). Returns true if any stitch was deselected.
+bool trimSelectionEnds(std::vector<HMKStitch>& stitches, std::size_t first, std::size_t last) {
+    bool trimmed = false;
+    std::size_t i = first;
+    for (; i < stitches.size() && stitches[i].isSelected && isJumpOrChange(stitches[i]); ++i) {
+        stitches[i].isSelected = false;
+        trimmed = true;
+    }
+    // When the forward trim went past the last selected stitch, nothing is left selected.
+    if (i > last) {
+        return trimmed;
+    }
+    for (std::size_t j = last + 1;
+         j-- > 0 && stitches[j].isSelected && isJumpOrChange(stitches[j]);) {
+        stitches[j].isSelected = false;
+        trimmed = true;
+    }
+    return trimmed;
+}
+
 }  // namespace
 
 std::int32_t HMKDesign::insertJump(HMKPoint vector, std::int32_t index) {
@@ -118,28 +153,25 @@ std::int32_t HMKDesign::insertJump(HMKPoint vector, std::int32_t index) {
 }
 
 bool HMKDesign::optimizeJumpsFor(std::string_view type) {
-    std::vector<HMKStitch> merged = mergeJumpRuns(stitches_);
-    // A trailing jump moves the needle for nothing; only the last record is looked at.
-    if (!merged.empty() && merged.back().isJumpStitch) {
-        merged.pop_back();
-    }
+    // One pass: merging feeds the splitting, which writes over the list behind the reading.
+    // Plain stitches within the limits take a short path; the running position and the
+    // bounds are locals so that the loop keeps them in registers.
+    const HMKMoveLimits limits = moveLimitsFor(type);
+    HMKOverwritingWriter output(stitches_);
+    std::size_t read = 0;
 
-    HMKMoveLimits limits = moveLimitsFor(type);
-    stitches_.clear();
-    stitches_.reserve(merged.size());
-    resetBounds();
-    float x = 0, y = 0;
-    auto append = [&](const HMKStitch& stitch) {
-        stitches_.push_back(stitch);
-        x += stitch.deltaX;
-        y += stitch.deltaY;
-        widenBounds(x, y);
-    };
-    for (const HMKStitch& stitch : merged) {
-        HMKStitch piece = stitch;
+    // Cuts a stitch into pieces within the format's limits, all on the stitch's own line.
+    auto splitAndAppend = [&](const HMKStitch& stitch) {
+        auto limitOf = [&](const HMKStitch& s) {
+            return s.isJumpStitch ? limits.jump : limits.stitch;
+        };
         float pieceX = 0, pieceY = 0;
-        while (
-            firstPieceOf(piece, piece.isJumpStitch ? limits.jump : limits.stitch, pieceX, pieceY)) {
+        if (!firstPieceOf(stitch, limitOf(stitch), pieceX, pieceY)) {
+            output.push(stitch, read);
+            return;
+        }
+        HMKStitch piece = stitch;
+        do {
             HMKStitch rest = piece;
             rest.deltaX = piece.deltaX - pieceX;
             rest.deltaY = piece.deltaY - pieceY;
@@ -148,38 +180,118 @@ bool HMKDesign::optimizeJumpsFor(std::string_view type) {
                 break;
             }
             rest.isColorChange = false;
-            // The rest of a stitch that follows a jump is a jump itself (and so is cut to the
-            // jump limit): the machine would not sew a long stitch coming out of a move.
-            if (!stitches_.empty() && stitches_.back().isJumpStitch) {
+            // Deliberate, kept so that files come out as they always have: the rest of a
+            // stitch that follows a jump is a jump too, and is cut to the jump limit.
+            if (output.size() > 0 && output[output.size() - 1].isJumpStitch) {
                 rest.isJumpStitch = true;
             }
             piece.deltaX = pieceX;
             piece.deltaY = pieceY;
-            append(piece);
+            output.push(piece, read);
             piece = rest;
+        } while (firstPieceOf(piece, limitOf(piece), pieceX, pieceY));
+        output.push(piece, read);
+    };
+
+    // Every run of consecutive jumps and colour changes becomes one stitch carrying the run's
+    // whole movement (a jump if any member was one, selected as the run's first stitch),
+    // dropped when that movement is null, followed by one zero-length colour change per
+    // colour change of the run: the thread count is kept and colour changes carry no movement.
+    auto mergeRun = [&](std::size_t count) {
+        HMKStitch run = stitches_[read++];
+        std::size_t colorChanges = run.isColorChange ? 1 : 0;
+        run.isColorChange = false;
+        for (; read < count && isJumpOrChange(stitches_[read]); ++read) {
+            const HMKStitch& next = stitches_[read];
+            run.deltaX += next.deltaX;
+            run.deltaY += next.deltaY;
+            run.isJumpStitch = run.isJumpStitch || next.isJumpStitch;
+            colorChanges += next.isColorChange ? 1 : 0;
         }
-        append(piece);
+        if (!run.isNullStitch()) {
+            splitAndAppend(run);
+        }
+        for (std::size_t i = 0; i < colorChanges; ++i) {
+            splitAndAppend(HMKStitch(0, 0, false, true));
+        }
+    };
+
+    // A trailing jump moves the needle for nothing and is dropped; only the last record after
+    // merging is looked at. That record is a jump exactly when the list ends with a run of
+    // jumps without a colour change (a null merged jump disappears anyway), so such a run is
+    // left out from the start.
+    std::size_t count = stitches_.size();
+    std::size_t trailingRun = count;
+    while (trailingRun > 0 && isJumpOrChange(stitches_[trailingRun - 1])) {
+        --trailingRun;
+    }
+    if (std::none_of(stitches_.begin() + static_cast<std::ptrdiff_t>(trailingRun), stitches_.end(),
+                     [](const HMKStitch& stitch) { return stitch.isColorChange; })) {
+        count = trailingRun;
     }
 
-    trimSelectedJumps();
+    float x = 0, y = 0;
+    float minX = kEmptyBoundsMin, minY = kEmptyBoundsMin;
+    float maxX = kEmptyBoundsMax, maxY = kEmptyBoundsMax;
+    // The ends of the selection in the output, for trimming it afterwards without a search.
+    constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    std::size_t firstSelected = kNone, lastSelected = kNone;
+    auto widen = [&](const HMKStitch& stitch, std::size_t index) {
+        if (stitch.isSelected) {
+            firstSelected = std::min(firstSelected, index);
+            lastSelected = index;
+        }
+        x += stitch.deltaX;
+        y += stitch.deltaY;
+        if (x < minX)
+            minX = x;
+        if (x > maxX)
+            maxX = x;
+        if (y < minY)
+            minY = y;
+        if (y > maxY)
+            maxY = y;
+    };
+    while (read < count) {
+        const HMKStitch& stitch = stitches_[read];
+        if (!isJumpOrChange(stitch) && std::fabs(stitch.deltaX) <= limits.stitch &&
+            std::fabs(stitch.deltaY) <= limits.stitch) {
+            // Written at or before this index; a stitch written over itself is unchanged.
+            ++read;
+            output.push(stitch, read);
+            widen(stitch, output.size() - 1);
+            continue;
+        }
+        std::size_t written = output.size();
+        if (isJumpOrChange(stitch)) {
+            mergeRun(count);
+        } else {
+            splitAndAppend(stitches_[read++]);
+        }
+        for (; written < output.size(); ++written) {
+            widen(output[written], written);
+        }
+    }
+    output.finish();
+    setBounds(minX, minY, maxX, maxY);
+
+    if (firstSelected != kNone) {
+        trimSelectionEnds(stitches_, firstSelected, lastSelected);
+    }
     displayRange_ = {0, stitches_.size()};
     return true;
 }
 
 bool HMKDesign::trimSelectedJumps() {
-    bool trimmed = false;
     auto selected = [](const HMKStitch& stitch) { return stitch.isSelected; };
     auto first = std::find_if(stitches_.begin(), stitches_.end(), selected);
-    for (; first != stitches_.end() && first->isSelected && isJumpOrChange(*first); ++first) {
-        first->isSelected = false;
-        trimmed = true;
+    if (first == stitches_.end()) {
+        return false;
     }
     auto last = std::find_if(stitches_.rbegin(), stitches_.rend(), selected);
-    for (; last != stitches_.rend() && last->isSelected && isJumpOrChange(*last); ++last) {
-        last->isSelected = false;
-        trimmed = true;
-    }
-    return trimmed;
+    return trimSelectionEnds(
+        stitches_, static_cast<std::size_t>(first - stitches_.begin()),
+        stitches_.size() - 1 - static_cast<std::size_t>(last - stitches_.rbegin()));
 }
 
 bool HMKDesign::deleteSelection(HMKError*) {
