@@ -35,8 +35,10 @@ constexpr std::size_t kPecMinimumSegmentSize = 529;
 constexpr std::size_t kPecColorIndexOffset = 46;
 constexpr std::size_t kPecGraphicHeaderOffset = 509;
 constexpr std::size_t kPecThumbnailOffsetField = 511;
-constexpr std::size_t kPecWidthOffset = 516;
-constexpr std::size_t kPecHeightOffset = 518;
+// The extents follow the three bytes 31 FF F0 that end at 516, which is where our writer and
+// machine-written files put them; the stitch data begins after four more bytes (E0 01 B0 01).
+constexpr std::size_t kPecWidthOffset = 517;
+constexpr std::size_t kPecHeightOffset = 519;
 constexpr std::size_t kPecStitchDataOffset = 525;
 // Files from some machines carry the stitch data one byte later; a failed decode is retried
 // there.

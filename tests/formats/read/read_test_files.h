@@ -85,8 +85,8 @@ inline Bytes pecSegment(const PecSegmentLayout& layout) {
     }
     for (std::size_t offset = 509; offset < layout.stitchOffset; ++offset)
         bytes[offset] = 0;
-    putLe16(bytes, 516, layout.width);
-    putLe16(bytes, 518, layout.height);
+    putLe16(bytes, 517, layout.width);
+    putLe16(bytes, 519, layout.height);
     appendBytes(bytes, layout.start);
     appendBytes(bytes, layout.stitches);
     putLe24(bytes, 511, static_cast<std::uint32_t>(bytes.size() - 509));
