@@ -17,7 +17,7 @@ namespace {
 
 // Temporary design files by name, removed when the benchmark ends.
 class GeneratedFiles {
-  public:
+public:
     ~GeneratedFiles() {
         for (const auto& [name, path] : paths_) {
             std::error_code ignored;
@@ -39,7 +39,7 @@ class GeneratedFiles {
         return paths_.emplace(name, path).first->second;
     }
 
-  private:
+private:
     std::map<std::string, std::filesystem::path> paths_;
 };
 

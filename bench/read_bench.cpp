@@ -113,7 +113,7 @@ Bytes jefFile(std::size_t stitchCount) {
 
 // The file lives as long as the benchmark run.
 class BenchFile {
-  public:
+public:
     BenchFile(std::string_view name, const Bytes& bytes)
         : path_(std::filesystem::temp_directory_path() /
                 ("hemlark-read-bench-" + std::to_string(::getpid()) + "-" + std::string(name))) {
@@ -127,7 +127,7 @@ class BenchFile {
     }
     const std::filesystem::path& path() const { return path_; }
 
-  private:
+private:
     std::filesystem::path path_;
 };
 

@@ -41,7 +41,7 @@ HMKDesign makeDesign(std::size_t recordCount) {
 }
 
 class ScratchFolder {
-  public:
+public:
     ScratchFolder() {
         std::string pattern = std::filesystem::temp_directory_path() / "hemlark-bench-XXXXXX";
         path_ = ::mkdtemp(pattern.data());
@@ -49,7 +49,7 @@ class ScratchFolder {
     ~ScratchFolder() { std::filesystem::remove_all(path_); }
     const std::filesystem::path& path() const { return path_; }
 
-  private:
+private:
     std::filesystem::path path_;
 };
 

@@ -47,7 +47,7 @@ bool isJumpOrChange(const HMKStitch& stitch) {
 // behind the reading; the first stitch that would overtake it moves the output to a new list.
 // Normalisation mostly shrinks a list or keeps its length, so the usual pass allocates nothing.
 class HMKOverwritingWriter {
-  public:
+public:
     explicit HMKOverwritingWriter(std::vector<HMKStitch>& list) : list_(list) {}
 
     // `read` is the number of stitches of the list read so far; they may be overwritten.
@@ -71,7 +71,7 @@ class HMKOverwritingWriter {
         }
     }
 
-  private:
+private:
     [[gnu::noinline]] void pushMoved(const HMKStitch& stitch) {
         if (!moved_) {
             moved_ = true;

@@ -20,12 +20,14 @@ public:
     }
 
     std::optional<std::uint8_t> u8(std::size_t offset) const {
-        if (!contains(offset, 1)) return std::nullopt;
+        if (!contains(offset, 1))
+            return std::nullopt;
         return bytes_[offset];
     }
     std::optional<std::int8_t> s8(std::size_t offset) const {
         auto value = u8(offset);
-        if (!value) return std::nullopt;
+        if (!value)
+            return std::nullopt;
         return static_cast<std::int8_t>(*value);
     }
     std::optional<std::uint16_t> u16le(std::size_t offset) const {
@@ -33,7 +35,8 @@ public:
     }
     std::optional<std::int16_t> s16le(std::size_t offset) const {
         auto value = u16le(offset);
-        if (!value) return std::nullopt;
+        if (!value)
+            return std::nullopt;
         return static_cast<std::int16_t>(*value);
     }
     std::optional<std::uint16_t> u16be(std::size_t offset) const {
@@ -41,7 +44,8 @@ public:
     }
     std::optional<std::int16_t> s16be(std::size_t offset) const {
         auto value = u16be(offset);
-        if (!value) return std::nullopt;
+        if (!value)
+            return std::nullopt;
         return static_cast<std::int16_t>(*value);
     }
     // Unsigned 24-bit little-endian.
@@ -53,7 +57,8 @@ public:
     }
     std::optional<std::int32_t> s32le(std::size_t offset) const {
         auto value = u32le(offset);
-        if (!value) return std::nullopt;
+        if (!value)
+            return std::nullopt;
         return static_cast<std::int32_t>(*value);
     }
     std::optional<std::uint32_t> u32be(std::size_t offset) const {
@@ -61,14 +66,17 @@ public:
     }
 
     // count bytes from offset, or none when they do not all lie inside the data.
-    std::optional<std::span<const std::uint8_t>> slice(std::size_t offset, std::size_t count) const {
-        if (!contains(offset, count)) return std::nullopt;
+    std::optional<std::span<const std::uint8_t>> slice(std::size_t offset,
+                                                       std::size_t count) const {
+        if (!contains(offset, count))
+            return std::nullopt;
         return bytes_.subspan(offset, count);
     }
     // The same bytes as Latin-1 text (one character per byte).
     std::optional<std::string_view> text(std::size_t offset, std::size_t count) const {
         auto bytes = slice(offset, count);
-        if (!bytes) return std::nullopt;
+        if (!bytes)
+            return std::nullopt;
         return std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size());
     }
     // The whole data as Latin-1 text.
@@ -79,7 +87,8 @@ public:
 private:
     template <class T>
     std::optional<T> unsignedValue(std::size_t offset, std::size_t count, bool bigEndian) const {
-        if (!contains(offset, count)) return std::nullopt;
+        if (!contains(offset, count))
+            return std::nullopt;
         T value = 0;
         for (std::size_t i = 0; i < count; ++i) {
             std::size_t index = bigEndian ? offset + i : offset + count - 1 - i;

@@ -14,9 +14,9 @@ namespace {
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& target) {
-        std::string pattern = (target.parent_path().empty() ? std::filesystem::path(".")
-                                                            : target.parent_path()) /
-                              ("." + target.filename().string() + ".XXXXXX");
+        std::string pattern =
+            (target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path()) /
+            ("." + target.filename().string() + ".XXXXXX");
         name_ = pattern;
         descriptor_ = ::mkstemp(name_.data());
         error_ = descriptor_ < 0 ? errno : 0;
@@ -89,7 +89,8 @@ bool writeFileAtomically(const std::filesystem::path& path, std::span<const std:
     while (left > 0) {
         ssize_t written = ::write(temporary.descriptor(), data, left);
         if (written < 0) {
-            if (errno == EINTR) continue;
+            if (errno == EINTR)
+                continue;
             return failWith(error, errno, path);
         }
         data += written;

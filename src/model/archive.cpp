@@ -272,7 +272,7 @@ std::filesystem::path pathForUrlString(std::string_view url) {
 // --- Encoding --------------------------------------------------------------------------------
 
 class ArchiveEncoder {
-  public:
+public:
     using Ref = HMKBinaryPlistWriter::Ref;
 
     std::vector<std::uint8_t> encode(const HMKDesign& design) {
@@ -293,7 +293,7 @@ class ArchiveEncoder {
         return plist_.finish(plist_.addDictionary(frameKeys, frameValues));
     }
 
-  private:
+private:
     // Reserves the next $objects slot; the object is put there once its contents are known.
     std::size_t reserveSlot() {
         objects_.push_back(0);
@@ -465,7 +465,7 @@ struct DamagedArchive {
 };
 
 class ArchiveDecoder {
-  public:
+public:
     ArchiveDecoder(const PlistReader& plist, std::size_t archiveSize)
         : plist_(plist),
           keyOfObject_(plist.objectCount(), kKeyNotLooked),
@@ -508,7 +508,7 @@ class ArchiveDecoder {
         return decodeDesign(*root);
     }
 
-  private:
+private:
     static constexpr std::uint8_t kKeyNotLooked = 0xFF;
 
     // The values of one archived object's keys first..last (null when missing) and its class.
@@ -524,7 +524,7 @@ class ArchiveDecoder {
     // Marks an object as being decoded, so an object reached again from inside itself is a
     // cycle rather than endless recursion.
     class Visit {
-      public:
+    public:
         Visit(ArchiveDecoder& decoder, std::uint64_t uid) : decoder_(decoder), uid_(uid) {
             decoder_.checkUid(uid_);
             if (decoder_.decoding_[uid_]) {
@@ -536,7 +536,7 @@ class ArchiveDecoder {
         Visit(const Visit&) = delete;
         Visit& operator=(const Visit&) = delete;
 
-      private:
+    private:
         ArchiveDecoder& decoder_;
         std::uint64_t uid_;
     };

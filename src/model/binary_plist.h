@@ -17,7 +17,7 @@
 
 // Builds a binary property list object by object; containers refer to objects added before.
 class HMKBinaryPlistWriter {
-  public:
+public:
     using Ref = std::uint32_t;
 
     // --- Scalars (equal values share one object) -------------------------------------------
@@ -37,7 +37,7 @@ class HMKBinaryPlistWriter {
     // The whole file with top as its root object.
     std::vector<std::uint8_t> finish(Ref top) const;
 
-  private:
+private:
     enum class Kind : std::uint8_t {
         False,
         True,
@@ -69,7 +69,7 @@ class HMKBinaryPlistWriter {
 
 // Reads a binary property list in place; the bytes must outlive the reader.
 class HMKBinaryPlistReader {
-  public:
+public:
     using Ref = std::uint64_t;
 
     enum class Kind { Null, Bool, Integer, Real, Date, Data, String, Uid, Array, Set, Dictionary };
@@ -107,7 +107,7 @@ class HMKBinaryPlistReader {
     // Compares a string object with ASCII text without converting it.
     bool stringEquals(const Object& object, std::string_view ascii) const;
 
-  private:
+private:
     explicit HMKBinaryPlistReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
     std::optional<std::uint64_t> bigEndian(std::size_t offset, std::size_t size) const;
     std::optional<Ref> reference(std::size_t offset) const;

@@ -8,5 +8,6 @@ std::uint64_t HMKColor::hash() const {
 }
 
 std::string HMKColor::description() const {
-    return formatText("RGB color (%1.0f / %1.0f / %1.0f)", {red_ * 255.0, green_ * 255.0, blue_ * 255.0});
+    return formatText("RGB color (%1.0f / %1.0f / %1.0f)",
+                      {red_ * 255.0, green_ * 255.0, blue_ * 255.0});
 }

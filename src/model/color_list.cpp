@@ -26,7 +26,7 @@ bool isDigit(char c) {
 // Reads the values of one palette line in order, skipping separators before each value the
 // way the files have always been scanned: a value that does not parse fails the whole line.
 class LineScanner {
-  public:
+public:
     explicit LineScanner(std::string_view line) : line_(line) {}
 
     bool scanInteger() {
@@ -99,7 +99,7 @@ class LineScanner {
         return true;
     }
 
-  private:
+private:
     void skipSeparators() {
         while (pos_ < line_.size() && isSeparator(line_[pos_])) {
             ++pos_;

@@ -15,7 +15,7 @@
 #include "model/color.h"
 
 class HMKColorList {
-  public:
+public:
     // --- Loading ---------------------------------------------------------------------------
     // Parses a palette file; none when the file cannot be read. Malformed lines are skipped,
     // so a readable file without valid lines gives an empty palette.
@@ -40,7 +40,7 @@ class HMKColorList {
     // (key, colour) for every key in allKeys() order, for walking the palette quickly.
     const std::vector<std::pair<std::string, HMKColor>>& entries() const { return entries_; }
 
-  private:
+private:
     explicit HMKColorList(std::string name) : name_(std::move(name)) {}
     void add(std::string key, HMKColor color);
 

@@ -45,9 +45,13 @@ std::size_t HMKDesign::numberOfDifferentColors() const {
     return colors.size();
 }
 
-std::int32_t HMKDesign::designWidth() const { return static_cast<std::int32_t>(xMax_ - xMin_); }
+std::int32_t HMKDesign::designWidth() const {
+    return static_cast<std::int32_t>(xMax_ - xMin_);
+}
 
-std::int32_t HMKDesign::designHeight() const { return static_cast<std::int32_t>(yMax_ - yMin_); }
+std::int32_t HMKDesign::designHeight() const {
+    return static_cast<std::int32_t>(yMax_ - yMin_);
+}
 
 HMKPoint HMKDesign::centerOfDesign() const {
     // Computed in single precision, as the bounds themselves.
@@ -127,7 +131,8 @@ bool HMKDesign::isWritable() const {
 }
 
 std::string HMKDesign::description() const {
-    std::string width = HMKValueTransformer::transformedValue(static_cast<float>(designWidth()) / 10.0f);
+    std::string width =
+        HMKValueTransformer::transformedValue(static_cast<float>(designWidth()) / 10.0f);
     std::string height =
         HMKValueTransformer::transformedValue(static_cast<float>(designHeight()) / 10.0f);
     std::string text;

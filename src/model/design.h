@@ -49,7 +49,9 @@ public:
     std::int32_t designVersion() const { return designVersion_; }
     void setDesignVersion(std::int32_t version) { designVersion_ = version; }
     const std::filesystem::path& designLocation() const { return designLocation_; }
-    void setDesignLocation(std::filesystem::path location) { designLocation_ = std::move(location); }
+    void setDesignLocation(std::filesystem::path location) {
+        designLocation_ = std::move(location);
+    }
     const std::optional<HMKHoop>& designHoop() const { return designHoop_; }
     void setDesignHoop(std::optional<HMKHoop> hoop) { designHoop_ = std::move(hoop); }
 
@@ -61,13 +63,19 @@ public:
         xMin_ = xMin, yMin_ = yMin, xMax_ = xMax, yMax_ = yMax;
     }
     // Empties the bounds (the inverted box) before they are widened again.
-    void resetBounds() { setBounds(kEmptyBoundsMin, kEmptyBoundsMin, kEmptyBoundsMax, kEmptyBoundsMax); }
+    void resetBounds() {
+        setBounds(kEmptyBoundsMin, kEmptyBoundsMin, kEmptyBoundsMax, kEmptyBoundsMax);
+    }
     // Widens the bounds to include (x, y): x minimum, x maximum, y minimum, y maximum.
     void widenBounds(float x, float y) {
-        if (x < xMin_) xMin_ = x;
-        if (x > xMax_) xMax_ = x;
-        if (y < yMin_) yMin_ = y;
-        if (y > yMax_) yMax_ = y;
+        if (x < xMin_)
+            xMin_ = x;
+        if (x > xMax_)
+            xMax_ = x;
+        if (y < yMin_)
+            yMin_ = y;
+        if (y > yMax_)
+            yMax_ = y;
     }
     // Resets the bounds and widens them by the position after every record (float sums).
     void recomputeBounds();

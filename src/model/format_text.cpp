@@ -85,8 +85,8 @@ std::string formatText(std::string_view format, std::initializer_list<TextArg> a
             j = k + 1;
         }
         std::string spec;
-        while (j < format.size() && std::string_view("-+ #0123456789.").find(format[j]) !=
-                                        std::string_view::npos) {
+        while (j < format.size() &&
+               std::string_view("-+ #0123456789.").find(format[j]) != std::string_view::npos) {
             spec += format[j++];
         }
         // Length modifiers carry no meaning here.
@@ -102,17 +102,20 @@ std::string formatText(std::string_view format, std::initializer_list<TextArg> a
         switch (conversion) {
             case '@':
             case 's':
-                if (arg) out += asText(*arg);
+                if (arg)
+                    out += asText(*arg);
                 break;
             case 'i':
             case 'd':
             case 'u':
-                if (arg) out += integerText(spec, asInteger(*arg));
+                if (arg)
+                    out += integerText(spec, asInteger(*arg));
                 break;
             case 'f':
             case 'g':
             case 'e':
-                if (arg) out += numberText(spec, conversion, asDouble(*arg));
+                if (arg)
+                    out += numberText(spec, conversion, asDouble(*arg));
                 break;
             default:
                 out += format.substr(i, j - i + 1);

@@ -108,19 +108,31 @@ bool HMKDesign::stitchesOutsideOfHoop(const HMKHoop& hoop) const {
     const float halfWidth = static_cast<float>((hoop.width() / 2) * 10);
     const float halfHeight = static_cast<float>((hoop.height() / 2) * 10);
     // Strict comparisons: a stitch exactly on the edge counts as outside.
-    const bool inside = halfWidth > -xMin_ && halfWidth > xMax_ && halfHeight > -yMin_ &&
-                        halfHeight > yMax_;
+    const bool inside =
+        halfWidth > -xMin_ && halfWidth > xMax_ && halfHeight > -yMin_ && halfHeight > yMax_;
     return !inside;
 }
 
-std::string HMKDesign::hoopName() const { return designHoop_ ? designHoop_->description() : ""; }
+std::string HMKDesign::hoopName() const {
+    return designHoop_ ? designHoop_->description() : "";
+}
 
-std::int32_t HMKDesign::hoopWidth() const { return designHoop_ ? designHoop_->width() : 0; }
+std::int32_t HMKDesign::hoopWidth() const {
+    return designHoop_ ? designHoop_->width() : 0;
+}
 
-std::int32_t HMKDesign::hoopHeight() const { return designHoop_ ? designHoop_->height() : 0; }
+std::int32_t HMKDesign::hoopHeight() const {
+    return designHoop_ ? designHoop_->height() : 0;
+}
 
-std::int32_t HMKDesign::hoopCode() const { return designHoop_ ? designHoop_->code() : -1; }
+std::int32_t HMKDesign::hoopCode() const {
+    return designHoop_ ? designHoop_->code() : -1;
+}
 
-std::string HMKDesign::hoopVendor() const { return designHoop_ ? designHoop_->vendor() : ""; }
+std::string HMKDesign::hoopVendor() const {
+    return designHoop_ ? designHoop_->vendor() : "";
+}
 
-bool HMKDesign::hoopIsRound() const { return designHoop_ && designHoop_->isRounded(); }
+bool HMKDesign::hoopIsRound() const {
+    return designHoop_ && designHoop_->isRounded();
+}

@@ -42,7 +42,8 @@ void skipBlanksAndComments(const std::string& text, std::size_t& pos) {
             ++pos;
         } else if (text.compare(pos, 2, "//") == 0) {
             pos = text.find('\n', pos);
-            if (pos == std::string::npos) pos = text.size();
+            if (pos == std::string::npos)
+                pos = text.size();
         } else if (text.compare(pos, 2, "/*") == 0) {
             pos = text.find("*/", pos + 2);
             pos = pos == std::string::npos ? text.size() : pos + 2;

@@ -19,7 +19,8 @@ std::string groupedDecimal(double value, int decimals) {
     std::string text = buffer;
     std::size_t start = text[0] == '-' ? 1 : 0;
     std::size_t point = text.find('.');
-    if (point == std::string::npos) point = text.size();
+    if (point == std::string::npos)
+        point = text.size();
     for (std::ptrdiff_t i = static_cast<std::ptrdiff_t>(point) - 3;
          i > static_cast<std::ptrdiff_t>(start); i -= 3) {
         text.insert(static_cast<std::size_t>(i), ",");
@@ -69,8 +70,10 @@ std::optional<double> scanDouble(std::string_view text) {
 
 std::string_view trimmed(std::string_view text) {
     auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
     return text;
 }
 
@@ -91,7 +94,8 @@ double parseFraction(std::string_view text) {
     while (!rest.empty()) {
         std::size_t blank = rest.find(' ');
         pieces.push_back(rest.substr(0, blank));
-        if (blank == std::string_view::npos) break;
+        if (blank == std::string_view::npos)
+            break;
         rest = trimmed(rest.substr(blank + 1));
     }
     double whole = 0, numerator = 0;
@@ -110,8 +114,10 @@ double parseFraction(std::string_view text) {
 
 HMKMeasurementUnit HMKValueTransformer::currentUnit() {
     auto unit = HMKUserDefaults::standard().integerForKey("MeasurementUnit").value_or(0);
-    if (unit == 1) return HMKMeasurementUnit::decimalInches;
-    if (unit == 2) return HMKMeasurementUnit::fractionalInches;
+    if (unit == 1)
+        return HMKMeasurementUnit::decimalInches;
+    if (unit == 2)
+        return HMKMeasurementUnit::fractionalInches;
     return HMKMeasurementUnit::millimetres;
 }
 

@@ -15,7 +15,7 @@
 #include "render/drawing_context.h"
 
 class HMKPainterContext : public HMKDrawingContext {
-  public:
+public:
     // Draws with a painter that is already active on its device; its transform maps user
     // space to the device and its render hints decide antialiasing. The painter must outlive
     // the context and is left in the state it was given in once saves and restores balance.
@@ -42,7 +42,7 @@ class HMKPainterContext : public HMKDrawingContext {
     void drawLinearGradient(const HMKGradient& gradient, double startX, double startY, double endX,
                             double endY) override;
 
-  private:
+private:
     // The graphics state of the drawing context (the current path is not part of it).
     struct State {
         double lineWidth = 1;

@@ -2,4 +2,6 @@
 
 #include <QtGlobal>
 
-std::string qtRuntimeVersion() { return qVersion(); }
+std::string qtRuntimeVersion() {
+    return qVersion();
+}

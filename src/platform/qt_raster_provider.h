@@ -6,7 +6,7 @@
 #include "render/raster_provider.h"
 
 class HMKQtRasterProvider : public HMKRasterProvider {
-  public:
+public:
     // A 0 x 0 image when width or height is not positive or the raster cannot be allocated.
     HMKRgbaImage render(int width, int height, const HMKAffineTransform& transform,
                         const std::function<void(HMKDrawingContext&)>& draw) override;

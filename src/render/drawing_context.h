@@ -22,7 +22,7 @@ struct HMKGradient {
 };
 
 class HMKDrawingContext {
-  public:
+public:
     virtual ~HMKDrawingContext() = default;
 
     virtual void saveState() = 0;

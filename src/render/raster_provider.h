@@ -28,7 +28,7 @@ struct HMKAffineTransform {
 };
 
 class HMKRasterProvider {
-  public:
+public:
     virtual ~HMKRasterProvider() = default;
     // A transparent width x height raster into which draw() paints through a context whose
     // user space is mapped to pixels by transform (antialiased).

@@ -58,7 +58,7 @@ struct HMKRecordedPaint {
 };
 
 class HMKRecordingContext : public HMKDrawingContext {
-  public:
+public:
     const std::vector<HMKRecordedCall>& calls() const { return calls_; }
     // Every call as text, one entry each.
     std::vector<std::string> callTexts() const;
@@ -86,7 +86,7 @@ class HMKRecordingContext : public HMKDrawingContext {
     void drawLinearGradient(const HMKGradient& gradient, double startX, double startY, double endX,
                             double endY) override;
 
-  private:
+private:
     struct State {
         double lineWidth = 1;
         std::vector<double> dash;

@@ -76,7 +76,7 @@ constexpr DstByteMoves kDstThirdByteMoves = makeDstByteMoves(0, 81);
 
 // The placeholder threads, made once per key: building a thread loads its palette.
 class DstPlaceholderThreads {
-  public:
+public:
     // The thread that follows `count` threads: key (count mod 20) + 1.
     const HMKThread& threadAfter(std::size_t count) {
         auto& thread = threads_[count % kDstThreadKeyCycle];
@@ -87,7 +87,7 @@ class DstPlaceholderThreads {
         return *thread;
     }
 
-  private:
+private:
     std::array<std::optional<HMKThread>, kDstThreadKeyCycle> threads_;
 };
 

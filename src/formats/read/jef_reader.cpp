@@ -93,7 +93,7 @@ constexpr JanomeLayout kJpxLayout = {
 // The "Janome" thread of a colour code; codes missing from the table become "220". Making a
 // thread loads its palette, so each code is looked up once per file.
 class JanomeThreads {
-  public:
+public:
     const HMKThread& threadForCode(std::int32_t code) {
         auto known = threads_.find(code);
         if (known != threads_.end()) {
@@ -108,7 +108,7 @@ class JanomeThreads {
         return threads_.emplace(code, std::move(thread)).first->second;
     }
 
-  private:
+private:
     std::map<std::int32_t, std::string> codes_ = HMKDesign::janomeColorCodes();
     std::map<std::int32_t, HMKThread> threads_;
 };

@@ -36,7 +36,7 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 inline constexpr std::size_t kPlaceholderThreadCycle = 20;
 
 class HMKPlaceholderThreads {
-  public:
+public:
     void appendTo(HMKDesign& design) {
         auto& thread = threads_[design.threads().size() % kPlaceholderThreadCycle];
         if (!thread) {
@@ -46,6 +46,6 @@ class HMKPlaceholderThreads {
         design.threads().push_back(*thread);
     }
 
-  private:
+private:
     std::array<std::optional<HMKThread>, kPlaceholderThreadCycle> threads_;
 };

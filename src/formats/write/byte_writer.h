@@ -11,7 +11,7 @@
 #include <vector>
 
 class HMKByteWriter {
-  public:
+public:
     explicit HMKByteWriter(std::size_t expectedSize = 0) { bytes_.reserve(expectedSize); }
 
     // --- Appending -----------------------------------------------------------------------
@@ -45,7 +45,7 @@ class HMKByteWriter {
     const std::vector<std::uint8_t>& data() const { return bytes_; }
     std::vector<std::uint8_t> take() { return std::move(bytes_); }
 
-  private:
+private:
     void appendLittleEndian(std::uint32_t value, int width) {
         for (int i = 0; i < width; ++i) {
             bytes_.push_back(static_cast<std::uint8_t>(value >> (8 * i)));

@@ -298,7 +298,7 @@ void setPixel(std::uint8_t* row, int column) {
 
 // Swaps the design's threads with others for as long as the scope lasts.
 class ThreadsSwap {
-  public:
+public:
     ThreadsSwap(std::vector<HMKThread>& threads, std::vector<HMKThread>& replacement, bool active)
         : threads_(threads), replacement_(replacement), active_(active) {
         if (active_)
@@ -311,7 +311,7 @@ class ThreadsSwap {
     ThreadsSwap(const ThreadsSwap&) = delete;
     ThreadsSwap& operator=(const ThreadsSwap&) = delete;
 
-  private:
+private:
     std::vector<HMKThread>& threads_;
     std::vector<HMKThread>& replacement_;
     bool active_;

@@ -16,7 +16,7 @@
 // Relative formats store whole units: each move is floored after adding what earlier moves
 // lost, and the loss is carried on, so the needle never drifts from the design.
 class HMKCarriedRounding {
-  public:
+public:
     std::int32_t next(double delta) {
         double whole = std::floor(delta + carry_);
         carry_ += delta - whole;
@@ -26,7 +26,7 @@ class HMKCarriedRounding {
     void carryOver(double units) { carry_ += units; }
     double carry() const { return carry_; }
 
-  private:
+private:
     double carry_ = 0;
 };
 
