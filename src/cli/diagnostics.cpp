@@ -1,38 +1,28 @@
 #include "cli/diagnostics.h"
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <memory>
 
-#include <iostream>
-
-namespace {
-
-std::FILE* stream = stderr;
-
-}  // namespace
+#include "model/diagnostics.h"
 
 bool divertDiagnostics(const std::string& logFile) {
-    const int log = open(logFile.empty() ? "/dev/null" : logFile.c_str(),
-                         O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (log < 0) {
+    if (logFile.empty()) {
+        setDiagnosticSink([](std::string_view) {});
+        return true;
+    }
+    std::shared_ptr<std::FILE> log(std::fopen(logFile.c_str(), "a"), [](std::FILE* file) {
+        if (file)
+            std::fclose(file);
+    });
+    if (!log) {
         return false;
     }
-    std::cerr.flush();
-    std::fflush(stderr);
-    const int terminal = dup(STDERR_FILENO);
-    std::FILE* messages = terminal < 0 ? nullptr : fdopen(terminal, "w");
-    if (!messages) {
-        close(log);
-        return false;
-    }
-    // Unbuffered like standard error, so messages and progress appear at once.
-    std::setvbuf(messages, nullptr, _IONBF, 0);
-    dup2(log, STDERR_FILENO);
-    close(log);
-    stream = messages;
+    setDiagnosticSink([log](std::string_view line) {
+        std::fprintf(log.get(), "%.*s\n", static_cast<int>(line.size()), line.data());
+        std::fflush(log.get());
+    });
     return true;
 }
 
 std::FILE* messageStream() {
-    return stream;
+    return stderr;
 }

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -108,4 +110,14 @@ bool writeFileAtomically(const std::filesystem::path& path, std::span<const std:
     }
     temporary.commit();
     return true;
+}
+
+std::string lowercaseExtension(const std::filesystem::path& path) {
+    std::string extension = path.extension().string();
+    if (!extension.empty() && extension.front() == '.') {
+        extension.erase(0, 1);
+    }
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
 }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "model/error.h"
@@ -18,3 +19,7 @@ std::optional<std::vector<std::uint8_t>> readWholeFile(const std::filesystem::pa
 // and removes the temporary file.
 bool writeFileAtomically(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
                          HMKError* error = nullptr);
+
+// The file name's extension without the dot, lower-cased ("Rose.DST" -> "dst"); formats are
+// chosen by it alone.
+std::string lowercaseExtension(const std::filesystem::path& path);

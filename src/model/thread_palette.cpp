@@ -1,9 +1,9 @@
 // Threads built from palette keys, nearest-thread matching and the vendors' colour-index tables.
 #include <cmath>
-#include <iostream>
 
 #include "model/color_list.h"
 #include "model/design.h"
+#include "model/diagnostics.h"
 #include "model/format_text.h"
 #include "model/strings.h"
 
@@ -117,8 +117,7 @@ bool HMKThread::changeToColor(const HMKColor& target, const std::string& newPale
     auto list = HMKColorList::named(newPalette);
     if (!list) {
         // Logged, not raised: the caller only learns that the thread stayed as it was.
-        std::cerr << localizedString(kDesignStringTable, "ERROR_140", "color palette not found")
-                  << '\n';
+        logDiagnostic(localizedString(kDesignStringTable, "ERROR_140", "color palette not found"));
         return false;
     }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "formats/file_io.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 
@@ -36,16 +37,6 @@ constexpr std::array<ReaderEntry, 13> kReaders = {{
 }};
 
 }  // namespace
-
-std::string lowercaseExtension(const std::filesystem::path& path) {
-    std::string extension = path.extension().string();
-    if (!extension.empty() && extension.front() == '.') {
-        extension.erase(0, 1);
-    }
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}
 
 bool HMKDesign::importDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     setDesignName(url.filename().string());

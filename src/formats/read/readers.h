@@ -38,5 +38,3 @@ inline std::span<const std::uint8_t> bytesOrNone(
     return file ? std::span<const std::uint8_t>(*file) : std::span<const std::uint8_t>();
 }
 
-// The lower-cased extension of a path without its dot ("Rose.DST" gives "dst").
-std::string lowercaseExtension(const std::filesystem::path& path);

@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstdio>
 #include <string>
 #include <string_view>
 
+#include "formats/file_io.h"
 #include "model/design.h"
+#include "model/diagnostics.h"
+#include "model/format_text.h"
 
 namespace {
 
@@ -30,16 +32,6 @@ constexpr std::array<HMKExportFormat, 6> kExportFormats{{
     {"pcs", "PCS", &HMKDesign::exportPcsDesignToURL},
 }};
 
-std::string lowerCasedExtension(const std::filesystem::path& url) {
-    std::string extension = url.extension().string();
-    if (!extension.empty()) {
-        extension.erase(0, 1);  // the dot
-    }
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}
-
 std::string describe(const HMKError* error) {
     if (!error) {
         return "";
@@ -57,34 +49,31 @@ bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* er
         return fail(error, 14, "Unable to export embroidery file (no stitches found).");
     }
     designName_ = url.filename().string();
-    const std::string extension = lowerCasedExtension(url);
+    const std::string extension = lowercaseExtension(url);
 
-    bool written = false;
-    const HMKError* produced = nullptr;
     auto format = std::find_if(kExportFormats.begin(), kExportFormats.end(),
                                [&](const HMKExportFormat& f) { return f.extension == extension; });
     if (format == kExportFormats.end()) {
         fail(error, 50, "Unsupported file format (UTI) for export.");
-        produced = error;
-    } else {
-        bool optimized = optimizeJumpsFor(format->tag);
-        // The writer always gets a place for its error; the caller gets it only on failure.
-        HMKError writerError;
-        bool writerSucceeded = (this->*format->writer)(url, &writerError);
-        if (!writerSucceeded && error) {
-            *error = writerError;
-            produced = error;
-        }
-        written = optimized && writerSucceeded;
-        if (written) {
-            if (useThreadFile_) {
-                exportThreadsForDesign(designLocation_);
-            } else {
-                deleteThreadsFromDesign(designLocation_);
-            }
-        }
+        // Logged whether or not the caller asked for the error.
+        logDiagnostic(formatText("HMKDesign:exportDesignToURL:%@\n    Error: %@, fileExtension: %@",
+                                 {url.string(), describe(error), extension}));
+        return false;
     }
-    std::fprintf(stderr, "HMKDesign:exportDesignToURL:%s\n    Error: %s, fileExtension: %s\n",
-                 url.string().c_str(), describe(produced).c_str(), extension.c_str());
-    return written;
+    const bool optimized = optimizeJumpsFor(format->tag);
+    // The writer always gets a place for its error; the caller gets it only on failure.
+    HMKError writerError;
+    const bool writerSucceeded = (this->*format->writer)(url, &writerError);
+    if (!writerSucceeded && error) {
+        *error = writerError;
+    }
+    if (!optimized || !writerSucceeded) {
+        return false;
+    }
+    if (useThreadFile_) {
+        exportThreadsForDesign(designLocation_);
+    } else {
+        deleteThreadsFromDesign(designLocation_);
+    }
+    return true;
 }
