@@ -1,5 +1,6 @@
 // The one-pass edits against their literal step-by-step references on thousands of random
 // designs: every stitch, thread, bound and flag must come out identical.
+#include <functional>
 #include <random>
 
 #include "edit/edit_test_support.h"
@@ -54,24 +55,17 @@ public:
 private:
     HMKStitch randomDeltas() {
         static const float kLimits[] = {62, 120, 126, 1150, 2046};
-        auto axis = [&]() -> float {
-            switch (uniform(0, 6)) {
-                case 0:
-                    return 0.0f;
-                case 1:
-                    return -0.0f;
-                case 2:
-                    return static_cast<float>(uniform(0, 20)) - 10;
-                case 3:
-                    return static_cast<float>(uniformReal(-50, 50));
-                case 4:
-                    return static_cast<float>(uniformReal(-3000, 3000));
-                case 5:
-                    return (chance(0.5) ? 1 : -1) * kLimits[uniform(0, std::size(kLimits) - 1)];
-                default:
-                    return static_cast<float>(uniform(0, 400)) - 200;
-            }
+        // Zero, negative zero, small whole and fractional moves, huge ones, the format limits.
+        const std::function<float()> kinds[] = {
+            [] { return 0.0f; },
+            [] { return -0.0f; },
+            [&] { return static_cast<float>(uniform(0, 20)) - 10; },
+            [&] { return static_cast<float>(uniformReal(-50, 50)); },
+            [&] { return static_cast<float>(uniformReal(-3000, 3000)); },
+            [&] { return (chance(0.5) ? 1 : -1) * kLimits[uniform(0, std::size(kLimits) - 1)]; },
+            [&] { return static_cast<float>(uniform(0, 400)) - 200; },
         };
+        auto axis = [&] { return kinds[uniform(0, 6)](); };
         if (chance(0.15)) {
             return HMKStitch(0, 0, false, false);
         }

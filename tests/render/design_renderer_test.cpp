@@ -59,22 +59,15 @@ std::string number(double value) {
 }
 
 // One line per painting call: "stroke 3.5 solid M 0 0 L 10 0", "stroke 1.75 dashed ...",
-// "fill M ...", "gradient CCW ...".
+// "fill R ...", "gradient".
 std::vector<std::string> summary(const HMKRecordingContext& context) {
     std::vector<std::string> lines;
     for (const HMKRecordedPaint& paint : context.paints()) {
-        switch (paint.kind) {
-            case Kind::stroke:
-                lines.push_back("stroke " + number(paint.lineWidth) +
-                                (paint.dash.empty() ? " solid " : " dashed ") + paint.path);
-                break;
-            case Kind::fill:
-                lines.push_back("fill " + paint.path);
-                break;
-            case Kind::gradient:
-                lines.push_back("gradient");
-                break;
-        }
+        lines.push_back(paint.kind == Kind::gradient ? "gradient"
+                        : paint.kind == Kind::fill
+                            ? "fill " + paint.path
+                            : "stroke " + number(paint.lineWidth) +
+                                  (paint.dash.empty() ? " solid " : " dashed ") + paint.path);
     }
     return lines;
 }
