@@ -10,13 +10,6 @@
 
 namespace {
 
-HMKDesign imported(const std::filesystem::path& file) {
-    HMKDesign design;
-    HMKError error;
-    EXPECT_TRUE(design.importDesignFromURL(file, &error)) << error.message();
-    return design;
-}
-
 // Where stitch index ends: a point that hits that stitch (and maybe later ones).
 HMKPoint endOfStitch(const HMKDesign& design, std::size_t index) {
     HMKPoint point;
@@ -25,11 +18,6 @@ HMKPoint endOfStitch(const HMKDesign& design, std::size_t index) {
         point.y += design.stitches()[i].deltaY;
     }
     return point;
-}
-
-std::string text(HMKPoint point) {
-    return std::to_string(static_cast<long>(point.x)) + "," +
-           std::to_string(static_cast<long>(point.y));
 }
 
 // The selection an edit case starts from, made by the tool's options and directly alike.
@@ -63,111 +51,92 @@ void select(HMKDesign& design, Selection selection) {
     }
 }
 
+// Every thread matched into the palette ("" makes individual colours).
+void matchAllThreads(HMKDesign& design, const std::string& palette) {
+    for (std::size_t i = 0; i < design.numberOfThreads(); ++i) {
+        design.changeThread(static_cast<std::int32_t>(i), design.threads()[i].color, palette);
+    }
+}
+
 std::vector<EditCase> editCases(const HMKDesign& design, const std::filesystem::path& other) {
     const HMKPoint end = endOfStitch(design, design.stitches().size() / 3);
     const HMKPoint onPetal{std::trunc(end.x), std::trunc(end.y)};
-    const std::string petal = text(onPetal);
+    const std::string petal = std::to_string(static_cast<long>(onPetal.x)) + "," +
+                              std::to_string(static_cast<long>(onPetal.y));
     using enum Selection;
     std::vector<EditCase> cases = {
-        {"select-all", all, {}, [](HMKDesign&) {}},
-        {"deselect-all", all, {"--deselect-all"}, [](HMKDesign& d) { d.deselectAll(); }},
-        {"invert-selection", centre, {"--invert-selection"}, [](HMKDesign& d) { d.invertAll(); }},
-        {"select-rect", centre, {}, [](HMKDesign&) {}},
+        {"select-all", all, {}, [](auto&) {}},
+        {"deselect-all", all, {"--deselect-all"}, [](auto& d) { d.deselectAll(); }},
+        {"invert-selection", centre, {"--invert-selection"}, [](auto& d) { d.invertAll(); }},
+        {"select-rect", centre, {}, [](auto&) {}},
         {"unselect-rect",
          all,
          {"--unselect-rect", "-150,-150,300,300"},
-         [](HMKDesign& d) { d.selectInRect(kCentre, true); }},
+         [](auto& d) { d.selectInRect(kCentre, true); }},
         {"select-stitch",
          none,
          {"--select-stitch", petal},
-         [=](HMKDesign& d) { d.selectStitchAt(onPetal, 0.7f, false); }},
+         [=](auto& d) { d.selectStitchAt(onPetal, 0.7f, false); }},
         {"select-block",
          none,
          {"--select-block", petal},
-         [=](HMKDesign& d) { d.selectBlockAt(onPetal, 0.7f, false); }},
+         [=](auto& d) { d.selectBlockAt(onPetal, 0.7f, false); }},
         {"move",
          centre,
          {"--move", "25.5,-40"},
-         [](HMKDesign& d) {
+         [](auto& d) {
              d.moveSelectionByVector({25.5, -40});
          }},
-        {"resize",
-         centre,
-         {"--resize", "1.5"},
-         [](HMKDesign& d) { d.resizeSelectionByPercent(1.5f); }},
-        {"rotate",
-         centre,
-         {"--rotate", "-30"},
-         [](HMKDesign& d) { d.rotateSelectionByDegrees(-30); }},
+        {"resize", centre, {"--resize", "1.5"}, [](auto& d) { d.resizeSelectionByPercent(1.5f); }},
+        {"rotate", centre, {"--rotate", "-30"}, [](auto& d) { d.rotateSelectionByDegrees(-30); }},
         {"flip",
          centre,
          {"--flip", "V", "--flip", "H"},
-         [](HMKDesign& d) { d.flipSelection("V"), d.flipSelection("H"); }},
+         [](auto& d) { d.flipSelection("V"), d.flipSelection("H"); }},
         {"center",
          all,
          {"--move", "100,50", "--center"},
-         [](HMKDesign& d) {
+         [](auto& d) {
              d.moveSelectionByVector({100, 50}), d.centerDesign();
          }},
-        {"delete", centre, {"--delete"}, [](HMKDesign& d) { d.deleteSelection(); }},
-        {"to-jumps", centre, {"--to-jumps"}, [](HMKDesign& d) { d.switchSelectionToJumps(true); }},
-        {"to-stitches",
-         all,
-         {"--to-stitches"},
-         [](HMKDesign& d) { d.switchSelectionToJumps(false); }},
-        {"basting", none, {"--basting", "3,5"}, [](HMKDesign& d) { d.addBastingWithLength(3, 5); }},
+        {"delete", centre, {"--delete"}, [](auto& d) { d.deleteSelection(); }},
+        {"to-jumps", centre, {"--to-jumps"}, [](auto& d) { d.switchSelectionToJumps(true); }},
+        {"to-stitches", all, {"--to-stitches"}, [](auto& d) { d.switchSelectionToJumps(false); }},
+        {"basting", none, {"--basting", "3,5"}, [](auto& d) { d.addBastingWithLength(3, 5); }},
         {"insert-thread",
          none,
          {"--select-block", petal, "--insert-thread"},
-         [=](HMKDesign& d) {
-             d.selectBlockAt(onPetal, 0.7f, false), d.insertThreadBeforeSelection();
-         }},
+         [=](auto& d) { d.selectBlockAt(onPetal, 0.7f, false), d.insertThreadBeforeSelection(); }},
         {"delete-thread",
          none,
          {"--delete-thread", "1"},
-         [](HMKDesign& d) { d.deleteThreadAtIndex(1); }},
+         [](auto& d) { d.deleteThreadAtIndex(1); }},
         {"move-thread",
          none,
          {"--move-thread", "0,2"},
-         [](HMKDesign& d) { d.moveThreadFromIndex(0, 2); }},
+         [](auto& d) { d.moveThreadFromIndex(0, 2); }},
         {"append",
          all,
          {"--append", other.string()},
-         [=](HMKDesign& d) { d.appendDesign(imported(other)); }},
-        {"palette-individual",
-         none,
-         {"--palette", ""},
-         [](HMKDesign& d) {
-             for (std::size_t i = 0; i < d.numberOfThreads(); ++i) {
-                 d.changeThread(static_cast<std::int32_t>(i), d.threads()[i].color, "");
-             }
-         }},
+         [=](auto& d) { d.appendDesign(imported(other)); }},
+        {"palette-individual", none, {"--palette", ""}, [](auto& d) { matchAllThreads(d, ""); }},
         {"recolor",
          none,
          {"--recolor", "1,10,20,30"},
-         [](HMKDesign& d) { d.changeThread(1, HMKColor(10 / 255.0, 20 / 255.0, 30 / 255.0), ""); }},
-        {"hoop",
-         none,
-         {"--hoop", "Janome,4"},
-         [](HMKDesign& d) { d.setHoopFromVendor("Janome", 4); }},
-        {"optimize", none, {"--optimize", "PES"}, [](HMKDesign& d) { d.optimizeJumpsFor("PES"); }},
+         [](auto& d) { d.changeThread(1, HMKColor(10 / 255.0, 20 / 255.0, 30 / 255.0), ""); }},
+        {"hoop", none, {"--hoop", "Janome,4"}, [](auto& d) { d.setHoopFromVendor("Janome", 4); }},
+        {"optimize", none, {"--optimize", "PES"}, [](auto& d) { d.optimizeJumpsFor("PES"); }},
     };
     // Matching into a named palette needs one to be installed.
     for (const std::string& palette : HMKColorList::shippedPaletteNames()) {
         if (HMKColorList::named(palette)) {
-            cases.push_back({"palette-" + palette, none, {"--palette", palette}, [=](HMKDesign& d) {
-                                 for (std::size_t i = 0; i < d.numberOfThreads(); ++i) {
-                                     d.changeThread(static_cast<std::int32_t>(i),
-                                                    d.threads()[i].color, palette);
-                                 }
+            cases.push_back({"palette-" + palette, none, {"--palette", palette}, [=](auto& d) {
+                                 matchAllThreads(d, palette);
                              }});
-            cases.push_back({"recolor-" + palette,
-                             none,
-                             {"--recolor", "0,200,30,40," + palette},
-                             [=](HMKDesign& d) {
-                                 d.changeThread(0, HMKColor(200 / 255.0, 30 / 255.0, 40 / 255.0),
-                                                palette);
-                             }});
+            cases.push_back(
+                {"recolor-" + palette, none, {"--recolor", "0,200,30,40," + palette}, [=](auto& d) {
+                     d.changeThread(0, HMKColor(200 / 255.0, 30 / 255.0, 40 / 255.0), palette);
+                 }});
             break;
         }
     }
@@ -197,7 +166,6 @@ TEST_F(ConvertCommand, EveryEditDumpsWhatTheDesignOperationMakes) {
         const HMKJson dumped = HMKJson::parse(readText(output));
         const HMKJson wanted = designJson(expected, true);
         EXPECT_TRUE(dumped["records"] == wanted["records"]) << edit.name << ": records differ";
-        EXPECT_EQ(dumped["threads"], wanted["threads"]) << edit.name;
         EXPECT_EQ(dumped, wanted) << edit.name;
     }
 }

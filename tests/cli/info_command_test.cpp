@@ -8,13 +8,6 @@
 
 namespace {
 
-HMKDesign imported(const std::filesystem::path& file) {
-    HMKDesign design;
-    HMKError error;
-    EXPECT_TRUE(design.importDesignFromURL(file, &error)) << error.message();
-    return design;
-}
-
 class InfoCommand : public ToolTest {
 protected:
     void TearDown() override {
@@ -57,11 +50,6 @@ TEST_F(InfoCommand, JsonHasEveryFieldOfTheDesignButNoRecords) {
     EXPECT_EQ(run.exitCode, 0) << run.err;
     HMKJson json = HMKJson::parse(run.out);
     EXPECT_EQ(json, designJson(imported(file), false));
-    for (const char* field :
-         {"name", "type", "version", "description", "hoop", "bounds", "stitches", "jumps", "colors",
-          "selectionActive", "useThreadFile", "threads"}) {
-        EXPECT_TRUE(json.contains(field)) << field;
-    }
     EXPECT_FALSE(json.contains("records"));
     EXPECT_EQ(json["hoop"]["vendor"], "Janome");
 }
@@ -78,20 +66,16 @@ TEST_F(InfoCommand, JsonOfSeveralFilesIsAnArrayWithErrorsInPlace) {
               (HMKJson{{"error", {{"code", 10}, {"message", "Unknown file format (UTI)."}}}}));
 }
 
-TEST_F(InfoCommand, UnknownExtensionFailsWithErrorTen) {
+TEST_F(InfoCommand, UnknownExtensionFailsWithErrorTenAsTextOrJson) {
     std::filesystem::copy_file(sample("star.dst"), folder_ / "star.xyz");
     ToolRun run = runTool({"info", (folder_ / "star.xyz").string()});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err, "hemlark: error 10: Unknown file format (UTI).\n");
-}
-
-TEST_F(InfoCommand, FailureWithJsonPrintsTheErrorObject) {
-    ToolRun run = runTool({"info", "--json", (folder_ / "design.xyz").string()});
+    run = runTool({"info", "--json", (folder_ / "star.xyz").string()});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(
-        HMKJson::parse(run.out),
-        HMKJson::parse(R"({"error": {"code": 10, "message": "Unknown file format (UTI)."}})"));
+    EXPECT_EQ(HMKJson::parse(run.out),
+              (HMKJson{{"error", {{"code", 10}, {"message", "Unknown file format (UTI)."}}}}));
 }
 
 TEST_F(InfoCommand, ReaderErrorsArePassedThrough) {

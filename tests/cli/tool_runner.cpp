@@ -35,6 +35,13 @@ std::string readText(const std::filesystem::path& file) {
     return text.str();
 }
 
+HMKDesign imported(const std::filesystem::path& file) {
+    HMKDesign design;
+    HMKError error;
+    EXPECT_TRUE(design.importDesignFromURL(file, &error)) << error.message();
+    return design;
+}
+
 ToolRun runTool(const std::vector<std::string>& arguments) {
     static std::atomic<int> counter = 0;
     std::filesystem::create_directories(scratchRoot());

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "model/design.h"
+
 struct ToolRun {
     int exitCode = -1;
     std::string out;
@@ -18,6 +20,9 @@ struct ToolRun {
 ToolRun runTool(const std::vector<std::string>& arguments);
 
 std::string readText(const std::filesystem::path& file);
+
+// The design read directly, as the tool reads it (the test fails if it cannot be read).
+HMKDesign imported(const std::filesystem::path& file);
 
 class ToolTest : public ::testing::Test {
 protected:

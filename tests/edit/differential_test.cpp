@@ -1,5 +1,6 @@
 // The one-pass edits against their literal step-by-step references on thousands of random
 // designs: every stitch, thread, bound and flag must come out identical.
+#include <functional>
 #include <random>
 
 #include "edit/edit_test_support.h"
@@ -12,7 +13,7 @@ constexpr int kRandomDesigns = 3000;
 const char* const kTypes[] = {"JEF", "PES", "PEC", "EXP", "DST", "PCS", "VP3", "", "dst"};
 
 class RandomDesigns {
-  public:
+public:
     explicit RandomDesigns(unsigned seed) : random_(seed) {}
 
     HMKDesign next() {
@@ -51,27 +52,20 @@ class RandomDesigns {
     }
     bool chance(double p) { return std::bernoulli_distribution(p)(random_); }
 
-  private:
+private:
     HMKStitch randomDeltas() {
         static const float kLimits[] = {62, 120, 126, 1150, 2046};
-        auto axis = [&]() -> float {
-            switch (uniform(0, 6)) {
-                case 0:
-                    return 0.0f;
-                case 1:
-                    return -0.0f;
-                case 2:
-                    return static_cast<float>(uniform(0, 20)) - 10;
-                case 3:
-                    return static_cast<float>(uniformReal(-50, 50));
-                case 4:
-                    return static_cast<float>(uniformReal(-3000, 3000));
-                case 5:
-                    return (chance(0.5) ? 1 : -1) * kLimits[uniform(0, std::size(kLimits) - 1)];
-                default:
-                    return static_cast<float>(uniform(0, 400)) - 200;
-            }
+        // Zero, negative zero, small whole and fractional moves, huge ones, the format limits.
+        const std::function<float()> kinds[] = {
+            [] { return 0.0f; },
+            [] { return -0.0f; },
+            [&] { return static_cast<float>(uniform(0, 20)) - 10; },
+            [&] { return static_cast<float>(uniformReal(-50, 50)); },
+            [&] { return static_cast<float>(uniformReal(-3000, 3000)); },
+            [&] { return (chance(0.5) ? 1 : -1) * kLimits[uniform(0, std::size(kLimits) - 1)]; },
+            [&] { return static_cast<float>(uniform(0, 400)) - 200; },
         };
+        auto axis = [&] { return kinds[uniform(0, 6)](); };
         if (chance(0.15)) {
             return HMKStitch(0, 0, false, false);
         }
@@ -81,80 +75,83 @@ class RandomDesigns {
     std::mt19937 random_;
 };
 
-TEST(EditDifferential, OptimizeJumpsMatchesStepByStepDefinition) {
-    RandomDesigns designs(1);
+// Runs one edit both ways on kRandomDesigns designs; the edit may draw its arguments from the
+// generator and returns a label for the failure message.
+template <typename Edit>
+void expectSameAsReference(unsigned seed, Edit edit) {
+    RandomDesigns designs(seed);
     for (int n = 0; n < kRandomDesigns; ++n) {
         HMKDesign fast = designs.next();
         HMKDesign reference = fast;
+        std::string label = edit(designs, fast, reference);
+        ASSERT_TRUE(sameDesign(fast, reference)) << label << ", design " << n;
+    }
+}
+
+TEST(EditDifferential, OptimizeJumpsMatchesStepByStepDefinition) {
+    expectSameAsReference(1, [](RandomDesigns&, HMKDesign& fast, HMKDesign& reference) {
         fast.optimizeJumpsFor(fast.designType());
         referenceOptimizeJumpsFor(reference, reference.designType());
-        ASSERT_TRUE(sameDesign(fast, reference)) << "design " << n;
-    }
+        return std::string("optimize");
+    });
 }
 
 TEST(EditDifferential, DeleteSelectionMatchesStepByStepDefinition) {
-    RandomDesigns designs(2);
-    for (int n = 0; n < kRandomDesigns; ++n) {
-        HMKDesign fast = designs.next();
-        HMKDesign reference = fast;
+    expectSameAsReference(2, [](RandomDesigns&, HMKDesign& fast, HMKDesign& reference) {
         fast.deleteSelection();
         referenceDeleteSelection(reference);
-        ASSERT_TRUE(sameDesign(fast, reference)) << "design " << n;
-    }
-}
-
-HMKReferencePoint selectionCenter(const HMKDesign& design) {
-    HMKRect rect = design.selectionRect();
-    return {rect.x + rect.width * 0.5, rect.y + rect.height * 0.5};
+        return std::string("delete");
+    });
 }
 
 TEST(EditDifferential, SelectionTransformsMatchStepByStepDefinition) {
-    RandomDesigns designs(3);
     const std::int32_t kAngles[] = {0, 1, 45, 90, -90, 180, 360, 17, -123};
     const float kFactors[] = {1.0f, 0.5f, 2.0f, 1.3f, 0.01f, 7.77f};
+    RandomDesigns designs(3);
     for (int n = 0; n < kRandomDesigns; ++n) {
-        HMKDesign original = designs.next();
-        HMKReferencePoint center = selectionCenter(original);
-
-        HMKDesign fast = original, reference = original;
+        const HMKDesign original = designs.next();
+        HMKRect rect = original.selectionRect();
+        HMKReferencePoint center{rect.x + rect.width * 0.5, rect.y + rect.height * 0.5};
+        auto expectSame = [&](const char* name, auto fastEdit, const HMKReferenceRunRules& rules) {
+            HMKDesign fast = original, reference = original;
+            fastEdit(fast);
+            referenceTransformSelection(reference, rules);
+            ASSERT_TRUE(sameDesign(fast, reference)) << name << ", design " << n;
+        };
         double dx = designs.uniformReal(-500, 500), dy = designs.uniformReal(-500, 500);
-        fast.moveSelectionByVector({dx, dy});
-        referenceTransformSelection(reference, referenceMoveRules(dx, dy));
-        ASSERT_TRUE(sameDesign(fast, reference)) << "move, design " << n;
-
+        expectSame(
+            "move",
+            [&](HMKDesign& d) {
+                d.moveSelectionByVector({dx, dy});
+            },
+            referenceMoveRules(dx, dy));
         bool vertical = designs.chance(0.5);
-        fast = original, reference = original;
-        fast.flipSelection(vertical ? "V" : "H");
-        referenceTransformSelection(reference, referenceFlipRules(vertical, center));
-        ASSERT_TRUE(sameDesign(fast, reference)) << "flip, design " << n;
-
+        expectSame(
+            "flip", [&](HMKDesign& d) { d.flipSelection(vertical ? "V" : "H"); },
+            referenceFlipRules(vertical, center));
         std::int32_t degrees = kAngles[designs.uniform(0, std::size(kAngles) - 1)];
-        fast = original, reference = original;
-        fast.rotateSelectionByDegrees(degrees);
-        referenceTransformSelection(reference, referenceRotateRules(degrees, center));
-        ASSERT_TRUE(sameDesign(fast, reference)) << "rotate, design " << n;
-
+        expectSame(
+            "rotate", [&](HMKDesign& d) { d.rotateSelectionByDegrees(degrees); },
+            referenceRotateRules(degrees, center));
         float factor = kFactors[designs.uniform(0, std::size(kFactors) - 1)];
-        fast = original, reference = original;
-        fast.resizeSelectionByPercent(factor);
-        referenceTransformSelection(reference, referenceResizeRules(factor, center));
-        ASSERT_TRUE(sameDesign(fast, reference)) << "resize, design " << n;
+        expectSame(
+            "resize", [&](HMKDesign& d) { d.resizeSelectionByPercent(factor); },
+            referenceResizeRules(factor, center));
+        if (HasFatalFailure()) {
+            return;
+        }
     }
 }
 
 TEST(EditDifferential, MoveThreadMatchesStepByStepDefinition) {
-    RandomDesigns designs(4);
-    for (int n = 0; n < kRandomDesigns; ++n) {
-        HMKDesign fast = designs.next();
-        HMKDesign reference = fast;
+    expectSameAsReference(4, [](RandomDesigns& designs, HMKDesign& fast, HMKDesign& reference) {
         auto threads = static_cast<std::int32_t>(fast.threads().size());
         auto from = static_cast<std::int32_t>(designs.uniform(0, threads + 1)) - 1;
         auto to = static_cast<std::int32_t>(designs.uniform(0, threads + 1)) - 1;
         fast.moveThreadFromIndex(from, to);
         referenceMoveThread(reference, from, to);
-        ASSERT_TRUE(sameDesign(fast, reference))
-            << "design " << n << " from " << from << " to " << to;
-    }
+        return "from " + std::to_string(from) + " to " + std::to_string(to);
+    });
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
-// Small builders and checks shared by the edit tests: stitches written as one call each,
-// designs with numbered threads, absolute positions and bit-exact comparisons.
+// Small builders and checks shared by the edit and render tests: stitches written as one call
+// each, designs with numbered threads, sewn positions and bit-exact comparisons.
 #pragma once
 
 #include <bit>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,12 @@ inline HMKStitch change(float dx = 0, float dy = 0) {
 inline HMKStitch selected(HMKStitch stitch) {
     stitch.isSelected = true;
     return stitch;
+}
+
+// Three threads: (10,0) (10,0) | (0,10) (0,10) | (-10,0).
+inline std::vector<HMKStitch> threeThreads() {
+    return {stitch(10, 0), stitch(10, 0), change(),      stitch(0, 10),
+            stitch(0, 10), change(),      stitch(-10, 0)};
 }
 
 // A thread named after its index, so that tests can follow threads through reordering.
@@ -49,23 +56,31 @@ inline HMKDesign makeDesign(std::vector<HMKStitch> stitches, std::string type = 
     return design;
 }
 
-// The needle position after every stitch, summed in double.
-inline std::vector<HMKPosition<double>> positionsAfterEachStitch(const HMKDesign& design) {
-    std::vector<HMKPosition<double>> positions;
-    walkStitches(design.stitches(),
-                 [&](std::size_t, const HMKStitch&, auto, auto end) { positions.push_back(end); });
-    return positions;
-}
-
-// The ends of the normal (sewn) stitches with length, in order: what the machine sews.
-inline std::vector<HMKPosition<double>> sewnPoints(const HMKDesign& design) {
-    std::vector<HMKPosition<double>> points;
+// The ends of the sewn stitches (normal ones with length) by thread, optionally only those
+// with the given selection mark.
+using SewnEnds = std::vector<std::vector<HMKPosition<double>>>;
+inline SewnEnds sewnEndsByThread(const HMKDesign& design, std::optional<bool> marked = {}) {
+    SewnEnds threads(1);
     walkStitches(design.stitches(), [&](std::size_t, const HMKStitch& s, auto, auto end) {
-        if (!s.isJumpStitch && !s.isNullStitch()) {
-            points.push_back(end);
+        if (s.isColorChange) {
+            threads.emplace_back();
+        }
+        if (!s.isJumpStitch && !s.isNullStitch() && (!marked || s.isSelected == *marked)) {
+            threads.back().push_back(end);
         }
     });
-    return points;
+    return threads;
+}
+
+inline void expectNear(const SewnEnds& actual, const SewnEnds& expected) {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t t = 0; t < actual.size(); ++t) {
+        ASSERT_EQ(actual[t].size(), expected[t].size()) << "thread " << t;
+        for (std::size_t i = 0; i < actual[t].size(); ++i) {
+            EXPECT_NEAR(actual[t][i].x, expected[t][i].x, 1e-3) << "thread " << t << " end " << i;
+            EXPECT_NEAR(actual[t][i].y, expected[t][i].y, 1e-3) << "thread " << t << " end " << i;
+        }
+    }
 }
 
 inline std::vector<std::string> threadNames(const HMKDesign& design) {
@@ -74,6 +89,14 @@ inline std::vector<std::string> threadNames(const HMKDesign& design) {
         names.push_back(thread.name);
     }
     return names;
+}
+
+inline std::vector<bool> selectionFlags(const HMKDesign& design) {
+    std::vector<bool> flags;
+    for (const auto& s : design.stitches()) {
+        flags.push_back(s.isSelected);
+    }
+    return flags;
 }
 
 inline bool sameBits(float a, float b) {
@@ -105,21 +128,22 @@ inline ::testing::AssertionResult sameDesign(const HMKDesign& actual, const HMKD
     if (auto stitches = sameStitches(actual.stitches(), expected.stitches()); !stitches) {
         return stitches;
     }
+    auto bounds = [](const HMKDesign& d) {
+        return std::vector<float>{d.xMin(), d.yMin(), d.xMax(), d.yMax()};
+    };
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (!sameBits(bounds(actual)[i], bounds(expected)[i])) {
+            return ::testing::AssertionFailure()
+                   << "bounds " << ::testing::PrintToString(bounds(actual)) << " vs "
+                   << ::testing::PrintToString(bounds(expected));
+        }
+    }
     if (actual.threads() != expected.threads()) {
         return ::testing::AssertionFailure() << "threads differ";
     }
-    if (!sameBits(actual.xMin(), expected.xMin()) || !sameBits(actual.yMin(), expected.yMin()) ||
-        !sameBits(actual.xMax(), expected.xMax()) || !sameBits(actual.yMax(), expected.yMax())) {
-        return ::testing::AssertionFailure()
-               << "bounds " << actual.xMin() << " " << actual.yMin() << " " << actual.xMax() << " "
-               << actual.yMax() << " vs " << expected.xMin() << " " << expected.yMin() << " "
-               << expected.xMax() << " " << expected.yMax();
-    }
-    if (actual.selectionActive() != expected.selectionActive()) {
-        return ::testing::AssertionFailure() << "selectionActive differs";
-    }
-    if (actual.displayRange() != expected.displayRange()) {
-        return ::testing::AssertionFailure() << "displayRange differs";
+    if (actual.selectionActive() != expected.selectionActive() ||
+        actual.displayRange() != expected.displayRange()) {
+        return ::testing::AssertionFailure() << "selectionActive or displayRange differs";
     }
     return ::testing::AssertionSuccess();
 }

@@ -67,17 +67,19 @@ void referenceOptimizeJumpsFor(HMKDesign& design, std::string_view type) {
         s.pop_back();
     }
 
+    struct Limits {
+        std::string_view type;
+        float stitch, jump;
+    };
+    const Limits kLimits[] = {
+        {"JEF", 126, 126}, {"PES", 62, 2046}, {"PEC", 62, 2046},
+        {"EXP", 126, 126}, {"DST", 120, 120}, {"PCS", 1150, 1150},
+    };
     float stitchLimit = 999999, jumpLimit = 999999;
-    if (type == "JEF") {
-        stitchLimit = 126, jumpLimit = 126;
-    } else if (type == "PES" || type == "PEC") {
-        stitchLimit = 62, jumpLimit = 2046;
-    } else if (type == "EXP") {
-        stitchLimit = 126, jumpLimit = 126;
-    } else if (type == "DST") {
-        stitchLimit = 120, jumpLimit = 120;
-    } else if (type == "PCS") {
-        stitchLimit = 1150, jumpLimit = 1150;
+    for (const Limits& limits : kLimits) {
+        if (type == limits.type) {
+            stitchLimit = limits.stitch, jumpLimit = limits.jump;
+        }
     }
 
     float largest = std::numeric_limits<float>::max();
@@ -308,15 +310,9 @@ void referenceMoveThread(HMKDesign& design, std::int32_t from, std::int32_t to) 
         }
         landingPoint.x += s[landing].deltaX, landingPoint.y += s[landing].deltaY;
     }
-    bool firstIsChange = false, blockIsChange = false;
-    if (to == 0) {
-        firstIsChange = true, blockIsChange = false;
-    } else {
-        firstIsChange = false, blockIsChange = true;
-    }
-    if (from == 0) {
-        firstIsChange = false, blockIsChange = true;
-    }
+    // The first block starts with a colour change only when the moved block lands before it.
+    bool firstIsChange = to == 0 && from != 0;
+    bool blockIsChange = !firstIsChange;
     if (!s.empty()) {
         s[0].isColorChange = firstIsChange;
     }

@@ -4,27 +4,14 @@ namespace {
 
 constexpr float kViewTolerance = 0.7f;
 
-std::vector<bool> selectionFlags(const HMKDesign& design) {
-    std::vector<bool> flags;
-    for (const auto& s : design.stitches()) {
-        flags.push_back(s.isSelected);
-    }
-    return flags;
-}
-
-TEST(Selection, RectIsTheBoundsWhileNothingIsActive) {
-    HMKDesign design = makeDesign({stitch(10, 5), stitch(-30, 20)});
-    EXPECT_EQ(design.selectionRect(), (HMKRect{-20, 5, 30, 20}));
-}
-
-TEST(Selection, RectEnclosesStartAndEndOfSelectedStitches) {
-    HMKDesign design = makeDesign({stitch(10, 5), selected(stitch(5, 5)), stitch(100, 100)});
+TEST(Selection, RectIsTheBoundsOrEnclosesTheSelectedStitches) {
+    // Inactive: the bounds; active: start and end of the selected stitches, and an active but
+    // empty selection has negative size.
+    HMKDesign design = makeDesign({stitch(10, 5), selected(stitch(5, 5)), stitch(-130, 20)});
+    EXPECT_EQ(design.selectionRect(), (HMKRect{-115, 5, 130, 25}));
     design.setSelectionActive(true);
     EXPECT_EQ(design.selectionRect(), (HMKRect{10, 5, 5, 5}));
-}
-
-TEST(Selection, RectOfAnActiveButEmptySelectionHasNegativeSize) {
-    HMKDesign design;
+    design.deselectAll();
     design.setSelectionActive(true);
     EXPECT_EQ(design.selectionRect(), (HMKRect{65536, 65536, -131072, -131072}));
 }

@@ -120,47 +120,43 @@ TEST(StitchEdits, TrimNarrowsTheSelectionToItsFirstAndLastNormalStitches) {
                                    selected(stitch(1, 0)), selected(jump(1, 0)),
                                    selected(stitch(1, 0)), selected(jump(2, 0)), stitch(1, 0)});
     EXPECT_TRUE(design.trimSelectedJumps());
-    std::vector<bool> flags;
-    for (const auto& s : design.stitches()) {
-        flags.push_back(s.isSelected);
-    }
-    EXPECT_EQ(flags, (std::vector<bool>{false, false, false, true, true, true, false, false}));
+    EXPECT_EQ(selectionFlags(design),
+              (std::vector<bool>{false, false, false, true, true, true, false, false}));
     EXPECT_FALSE(design.trimSelectedJumps());
 }
 
-TEST(StitchEdits, DeletingARunBridgesItWithAJump) {
-    HMKDesign design = makeDesign(
-        {stitch(10, 0), selected(stitch(10, 0)), selected(stitch(10, 0)), stitch(10, 0)}, "DST");
-    design.setSelectionActive(true);
-    EXPECT_TRUE(design.deleteSelection());
-    EXPECT_TRUE(
-        sameStitches(design.stitches(), {stitch(10, 0), jump(20, 0), stitch(0, 0), stitch(10, 0)}));
-}
-
-// Three threads: (10,0) (10,0) | (0,10) (0,10) | (-10,0).
-std::vector<HMKStitch> threeThreads() {
-    return {stitch(10, 0), stitch(10, 0), change(),      stitch(0, 10),
-            stitch(0, 10), change(),      stitch(-10, 0)};
-}
-
-TEST(StitchEdits, DeletingAMiddleThreadRemovesItsRecordAndColourChange) {
-    std::vector<HMKStitch> stitches = threeThreads();
-    stitches[3].isSelected = stitches[4].isSelected = true;
-    HMKDesign design = makeDesign(stitches);
-    design.deleteSelection();
-    EXPECT_TRUE(sameStitches(
-        design.stitches(), {stitch(10, 0), stitch(10, 0), jump(0, 20), change(), stitch(-10, 0)}));
-    EXPECT_EQ(threadNames(design), (std::vector<std::string>{"Thread 0", "Thread 2"}));
-}
-
-TEST(StitchEdits, DeletingTheFirstThreadRemovesItsRecord) {
-    std::vector<HMKStitch> stitches = threeThreads();
-    stitches[0].isSelected = stitches[1].isSelected = true;
-    HMKDesign design = makeDesign(stitches);
-    design.deleteSelection();
-    EXPECT_TRUE(sameStitches(
-        design.stitches(), {jump(20, 0), stitch(0, 10), stitch(0, 10), change(), stitch(-10, 0)}));
-    EXPECT_EQ(threadNames(design), (std::vector<std::string>{"Thread 1", "Thread 2"}));
+TEST(StitchEdits, DeletingBridgesTheGapWithAJumpAndDropsEmptiedThreads) {
+    auto threeWithSelected = [](std::size_t first, std::size_t second) {
+        std::vector<HMKStitch> stitches = threeThreads();
+        stitches[first].isSelected = stitches[second].isSelected = true;
+        return stitches;
+    };
+    const struct {
+        const char* name;
+        std::vector<HMKStitch> stitches;
+        std::vector<HMKStitch> expected;
+        std::vector<std::string> threads;
+    } cases[] = {
+        {"a run within a thread",
+         {stitch(10, 0), selected(stitch(10, 0)), selected(stitch(10, 0)), stitch(10, 0)},
+         {stitch(10, 0), jump(20, 0), stitch(0, 0), stitch(10, 0)},
+         {"Thread 0"}},
+        {"a middle thread loses its record and colour change",
+         threeWithSelected(3, 4),
+         {stitch(10, 0), stitch(10, 0), jump(0, 20), change(), stitch(-10, 0)},
+         {"Thread 0", "Thread 2"}},
+        {"the first thread loses its record",
+         threeWithSelected(0, 1),
+         {jump(20, 0), stitch(0, 10), stitch(0, 10), change(), stitch(-10, 0)},
+         {"Thread 1", "Thread 2"}},
+    };
+    for (const auto& c : cases) {
+        HMKDesign design = makeDesign(c.stitches);
+        design.setSelectionActive(true);
+        EXPECT_TRUE(design.deleteSelection()) << c.name;
+        EXPECT_TRUE(sameStitches(design.stitches(), c.expected)) << c.name;
+        EXPECT_EQ(threadNames(design), c.threads) << c.name;
+    }
 }
 
 TEST(StitchEdits, DeletingEverythingLeavesNoThreadsAndATwentyMillimetreBox) {

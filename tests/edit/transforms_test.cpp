@@ -1,28 +1,11 @@
+#include <algorithm>
 #include <functional>
 
 #include "edit/edit_test_support.h"
 
 namespace {
 
-// Ends of the sewn stitches with the given selection mark, in order.
-std::vector<HMKPosition<double>> sewnEnds(const HMKDesign& design, bool selectedOnes) {
-    std::vector<HMKPosition<double>> ends;
-    walkStitches(design.stitches(), [&](std::size_t, const HMKStitch& s, auto, auto end) {
-        if (!s.isJumpStitch && !s.isNullStitch() && s.isSelected == selectedOnes) {
-            ends.push_back(end);
-        }
-    });
-    return ends;
-}
-
-void expectNear(const std::vector<HMKPosition<double>>& actual,
-                const std::vector<HMKPosition<double>>& expected, const char* name) {
-    ASSERT_EQ(actual.size(), expected.size()) << name;
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        EXPECT_NEAR(actual[i].x, expected[i].x, 1e-3) << name << " point " << i;
-        EXPECT_NEAR(actual[i].y, expected[i].y, 1e-3) << name << " point " << i;
-    }
-}
+using Edit = std::function<void(HMKDesign&)>;
 
 // Two selected runs amid unselected stitches; the selection spans (10, 0) to (45, 15), so its
 // centre is (27.5, 7.5).
@@ -35,87 +18,104 @@ HMKDesign designWithTwoSelectedRuns() {
     return design;
 }
 
-struct TransformCase {
-    const char* name;
-    std::function<void(HMKDesign&)> apply;
-    std::function<HMKPosition<double>(HMKPosition<double>)> mapsTo;
-};
-
 TEST(Transforms, SelectedStitchesMoveAndUnselectedOnesStayInPlace) {
-    const TransformCase cases[] = {
+    using Point = HMKPosition<double>;
+    const struct {
+        const char* name;
+        Edit apply;
+        std::function<Point(Point)> mapsTo;
+    } cases[] = {
         {"move",
-         [](HMKDesign& d) {
+         [](auto& d) {
              d.moveSelectionByVector({13.5, -7});
          },
-         [](auto p) {
-             return decltype(p){p.x + 13.5, p.y - 7};
+         [](Point p) {
+             return Point{p.x + 13.5, p.y - 7};
          }},
-        {"flip V", [](HMKDesign& d) { d.flipSelection("V"); },
-         [](auto p) {
-             return decltype(p){55 - p.x, p.y};
+        {"flip V", [](auto& d) { d.flipSelection("V"); },
+         [](Point p) {
+             return Point{55 - p.x, p.y};
          }},
-        {"flip H", [](HMKDesign& d) { d.flipSelection("H"); },
-         [](auto p) {
-             return decltype(p){p.x, 15 - p.y};
+        {"flip H", [](auto& d) { d.flipSelection("H"); },
+         [](Point p) {
+             return Point{p.x, 15 - p.y};
          }},
-        {"rotate 90", [](HMKDesign& d) { d.rotateSelectionByDegrees(90); },
-         [](auto p) {
-             return decltype(p){27.5 - (p.y - 7.5), 7.5 + (p.x - 27.5)};
+        {"rotate 90", [](auto& d) { d.rotateSelectionByDegrees(90); },
+         [](Point p) {
+             return Point{27.5 - (p.y - 7.5), 7.5 + (p.x - 27.5)};
          }},
-        {"resize 1.5", [](HMKDesign& d) { d.resizeSelectionByPercent(1.5f); },
-         [](auto p) {
-             return decltype(p){27.5 + (p.x - 27.5) * 1.5, 7.5 + (p.y - 7.5) * 1.5};
+        {"resize 1.5", [](auto& d) { d.resizeSelectionByPercent(1.5f); },
+         [](Point p) {
+             return Point{27.5 + (p.x - 27.5) * 1.5, 7.5 + (p.y - 7.5) * 1.5};
          }},
     };
     const HMKDesign original = designWithTwoSelectedRuns();
-    std::vector<HMKPosition<double>> expectedSelected;
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         HMKDesign design = original;
         c.apply(design);
-        expectNear(sewnEnds(design, false), sewnEnds(original, false), c.name);
-        expectedSelected.clear();
-        for (auto p : sewnEnds(original, true)) {
-            expectedSelected.push_back(c.mapsTo(p));
+        expectNear(sewnEndsByThread(design, false), sewnEndsByThread(original, false));
+        SewnEnds expected = sewnEndsByThread(original, true);
+        for (auto& thread : expected) {
+            for (auto& p : thread) {
+                p = c.mapsTo(p);
+            }
         }
-        expectNear(sewnEnds(design, true), expectedSelected, c.name);
-        EXPECT_EQ(design.threads().size(), 2u) << c.name;
+        expectNear(sewnEndsByThread(design, true), expected);
+        EXPECT_EQ(design.threads().size(), 2u);
     }
 }
 
 TEST(Transforms, RunsAreFramedByJumpsWithLandingStitches) {
-    // The opening jump at index 0 is measured from the origin; the landing stitches share the
-    // selection mark of the stitch they precede.
-    HMKDesign design =
-        makeDesign({selected(stitch(10, 0)), selected(stitch(10, 0)), stitch(10, 0)}, "VP3");
-    design.setSelectionActive(true);
-    design.moveSelectionByVector({5, 5});
-    EXPECT_TRUE(sameStitches(design.stitches(),
-                             {jump(5, 5), selected(stitch(0, 0)), selected(stitch(10, 0)),
-                              selected(stitch(10, 0)), jump(-5, -5), stitch(0, 0), stitch(10, 0)}));
-}
-
-TEST(Transforms, RunReachingTheLastStitchGetsNoClosingJump) {
-    HMKDesign design = makeDesign({stitch(10, 0), selected(stitch(10, 0))}, "VP3");
-    design.setSelectionActive(true);
-    design.moveSelectionByVector({0, 3});
-    EXPECT_TRUE(sameStitches(design.stitches(), {stitch(10, 0), jump(0, 3), selected(stitch(0, 0)),
-                                                 selected(stitch(10, 0))}));
-}
-
-TEST(Transforms, NothingSelectedStillNormalisesJumps) {
-    HMKDesign design = makeDesign({stitch(10, 0), jump(1, 2), jump(3, 4), stitch(1, 1)}, "VP3");
-    design.rotateSelectionByDegrees(45);
-    EXPECT_TRUE(sameStitches(design.stitches(), {stitch(10, 0), jump(4, 6), stitch(1, 1)}));
-}
-
-TEST(Transforms, RotatingByZeroKeepsPositionsAndLeavesOnlyTheLandingStitches) {
-    HMKDesign design = makeDesign(
-        {stitch(10, 0), selected(stitch(10, 0)), selected(stitch(0, 10)), stitch(10, 0)}, "DST");
-    design.setSelectionActive(true);
-    design.rotateSelectionByDegrees(0);
-    EXPECT_TRUE(sameStitches(design.stitches(),
-                             {stitch(10, 0), selected(stitch(0, 0)), selected(stitch(10, 0)),
-                              selected(stitch(0, 10)), stitch(0, 0), stitch(10, 0)}));
+    const struct {
+        const char* name;
+        std::vector<HMKStitch> stitches;
+        const char* type;
+        Edit apply;
+        std::vector<HMKStitch> expected;
+    } cases[] = {
+        // The landing stitches share the selection mark of the stitch they precede.
+        {"the opening jump at index 0 is measured from the origin",
+         {selected(stitch(10, 0)), selected(stitch(10, 0)), stitch(10, 0)},
+         "VP3",
+         [](auto& d) {
+             d.moveSelectionByVector({5, 5});
+         },
+         {jump(5, 5), selected(stitch(0, 0)), selected(stitch(10, 0)), selected(stitch(10, 0)),
+          jump(-5, -5), stitch(0, 0), stitch(10, 0)}},
+        {"a run reaching the last stitch gets no closing jump",
+         {stitch(10, 0), selected(stitch(10, 0))},
+         "VP3",
+         [](auto& d) {
+             d.moveSelectionByVector({0, 3});
+         },
+         {stitch(10, 0), jump(0, 3), selected(stitch(0, 0)), selected(stitch(10, 0))}},
+        {"nothing selected still normalises jumps",
+         {stitch(10, 0), jump(1, 2), jump(3, 4), stitch(1, 1)},
+         "VP3",
+         [](auto& d) { d.rotateSelectionByDegrees(45); },
+         {stitch(10, 0), jump(4, 6), stitch(1, 1)}},
+        {"rotating by zero leaves only the landing stitches",
+         {stitch(10, 0), selected(stitch(10, 0)), selected(stitch(0, 10)), stitch(10, 0)},
+         "DST",
+         [](auto& d) { d.rotateSelectionByDegrees(0); },
+         {stitch(10, 0), selected(stitch(0, 0)), selected(stitch(10, 0)), selected(stitch(0, 10)),
+          stitch(0, 0), stitch(10, 0)}},
+        {"centring puts the middle of the bounds on the origin",
+         {stitch(10, 0), stitch(0, 20)},
+         "DST",
+         [](auto& d) {
+             EXPECT_TRUE(d.centerDesign());
+             EXPECT_EQ(d.centerOfDesign(), (HMKPoint{0, 0}));
+         },
+         {jump(-5, -10), stitch(0, 0), stitch(10, 0), stitch(0, 20)}},
+    };
+    for (const auto& c : cases) {
+        HMKDesign design = makeDesign(c.stitches, c.type);
+        design.setSelectionActive(std::ranges::any_of(c.stitches, &HMKStitch::isSelected));
+        c.apply(design);
+        EXPECT_TRUE(sameStitches(design.stitches(), c.expected)) << c.name;
+    }
 }
 
 TEST(Transforms, RotationTurnsFromTheXAxisTowardsTheYAxis) {
@@ -144,14 +144,6 @@ TEST(Transforms, FlipRejectsAnyOrientationButVAndH) {
         EXPECT_TRUE(sameDesign(design, before)) << orientation;
         EXPECT_FALSE(design.flipSelection(orientation));
     }
-}
-
-TEST(Transforms, CenterDesignPutsTheMiddleOfTheBoundsOnTheOrigin) {
-    HMKDesign design = makeDesign({stitch(10, 0), stitch(0, 20)}, "DST");
-    EXPECT_TRUE(design.centerDesign());
-    EXPECT_EQ(design.centerOfDesign(), (HMKPoint{0, 0}));
-    EXPECT_TRUE(sameStitches(design.stitches(),
-                             {jump(-5, -10), stitch(0, 0), stitch(10, 0), stitch(0, 20)}));
 }
 
 TEST(Transforms, CenterDesignLeavesAnEmptiedDesignAlone) {

@@ -23,7 +23,8 @@ TEST(Design, FreshDesignKeepsTheStitchCountArithmetic) {
 
 TEST(Design, CountsStitchesJumpsAndThreads) {
     HMKDesign design;
-    for (int i = 0; i < 3; ++i) design.threads().push_back(thread("A"));
+    for (int i = 0; i < 3; ++i)
+        design.threads().push_back(thread("A"));
     for (int i = 0; i < 100; ++i) {
         bool change = i == 30 || i == 60;
         bool jump = (i % 20 == 5) || i == 60;  // 5 plain jumps, plus one colour change flagged jump
@@ -126,8 +127,8 @@ TEST(Design, DescriptionWithAndWithoutHoop) {
               "jumps\n3 color changes with 2 different colors\n1. Red, Janome\n2. Other\n3. Mine");
     ASSERT_TRUE(design.setHoopFromVendor("Janome", 4));
     EXPECT_TRUE(design.description().starts_with(
-              "rose.jef (JEF Version 1.0)\nsize: 50.1 mm x 25.1 mm, hoop Janome SQ (200.0 mm x "
-              "200.0 mm)\n1 stitches"));
+        "rose.jef (JEF Version 1.0)\nsize: 50.1 mm x 25.1 mm, hoop Janome SQ (200.0 mm x "
+        "200.0 mm)\n1 stitches"));
 }
 
 TEST(Error, MadeOnlyWhenAPlaceIsGiven) {

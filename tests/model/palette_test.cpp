@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "model/color_list.h"
@@ -16,11 +18,10 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 
-// Palettes and their name tables written into a resources folder of the test's own.
-// Palettes and string tables are cached per process, so every test uses palette names
-// of its own.
+// Palettes and their name tables written into a resources folder of the test's own. Both are
+// cached per process, so every test uses palette names of its own.
 class PaletteTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
         root_ = fs::temp_directory_path() /
@@ -46,10 +47,6 @@ class PaletteTest : public ::testing::Test {
 
     fs::path root_;
 };
-
-std::vector<std::string> keysOf(const HMKColorList& list) {
-    return list.allSortedKeys();
-}
 
 struct ParseCase {
     const char* behaviour;
@@ -79,7 +76,8 @@ TEST(ColorList, ParsesOnlyCompleteLinesAfterTheHeader) {
         {"no lines at all", "", {}},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(keysOf(HMKColorList::fromText("P", c.text)), c.orderedKeys) << c.behaviour;
+        EXPECT_EQ(HMKColorList::fromText("P", c.text).allSortedKeys(), c.orderedKeys)
+            << c.behaviour;
     }
 }
 
@@ -122,13 +120,8 @@ TEST_F(PaletteTest, ThreadFromKeyTakesColourAndNamesFromThePalette) {
     writePalette("Key Poly", "h\n1 0 0 1 1 405\n2 1 1 1 1 001\n");
     writeNames("Key Poly", "\"Key Poly\" = \"Key Polyester\";\n\"405\" = \"Blue\";\n");
 
-    HMKThread blue = HMKThread::fromPaletteKey("405", "Key Poly");
-    EXPECT_EQ(blue.color, HMKColor(0, 0, 1));
-    EXPECT_EQ(blue.name, "Blue");
-    EXPECT_EQ(blue.key, "405");
-    EXPECT_EQ(blue.palette, "Key Poly");
-    EXPECT_EQ(blue.paletteName, "Key Polyester");
-
+    EXPECT_EQ(HMKThread::fromPaletteKey("405", "Key Poly"),
+              HMKThread(HMKColor(0, 0, 1), "Blue", "405", "Key Poly", "Key Polyester"));
     HMKThread unnamed = HMKThread::fromPaletteKey("001", "Key Poly");
     EXPECT_EQ(unnamed.color, HMKColor(1, 1, 1));
     EXPECT_EQ(unnamed.name, "Unknown color");
@@ -140,15 +133,11 @@ TEST_F(PaletteTest, ThreadFromUnknownKeyOrPaletteIsGreyAndKeepsKeyAndPalette) {
         std::string key, palette;
     };
     for (const Case& c : {Case{"999", "Fallback Poly"}, Case{"405", "No Such Palette"}}) {
-        HMKThread thread = HMKThread::fromPaletteKey(c.key, c.palette);
-        EXPECT_EQ(thread.color, HMKColor(0.8, 0.8, 0.8)) << c.palette;
-        EXPECT_EQ(thread.name, "Individual color (204, 204, 204)") << c.palette;
-        EXPECT_EQ(thread.key, c.key);
-        EXPECT_EQ(thread.palette, c.palette);
-        EXPECT_EQ(thread.paletteName, "");
-        EXPECT_EQ(thread.tension, 13);
-        EXPECT_EQ(thread.length, 0.0f);
-        EXPECT_TRUE(thread.isShown);
+        // A new thread: tension 13, no length, shown.
+        EXPECT_EQ(HMKThread::fromPaletteKey(c.key, c.palette),
+                  HMKThread(HMKColor(0.8, 0.8, 0.8), "Individual color (204, 204, 204)", c.key,
+                            c.palette, ""))
+            << c.palette;
     }
 }
 
@@ -188,9 +177,8 @@ TEST_F(PaletteTest, ChangeToColorTakesThePaletteColourAndNames) {
     writeNames("Names Rayon", "\"Names Rayon\" = \"Names Rayon 40\";\n\"1801\" = \"Slate\";\n");
     HMKThread thread(HMKColor(), "t", "k", "", "");
     ASSERT_TRUE(thread.changeToColor(HMKColor(0.45, 0.5, 0.55), "Names Rayon"));
-    EXPECT_EQ(thread.color, HMKColor(0.5, 0.5, 0.5));
-    EXPECT_EQ(thread.name, "Slate");
-    EXPECT_EQ(thread.paletteName, "Names Rayon 40");
+    EXPECT_EQ(thread,
+              HMKThread(HMKColor(0.5, 0.5, 0.5), "Slate", "1801", "Names Rayon", "Names Rayon 40"));
 }
 
 TEST_F(PaletteTest, SpecialKeysAreMatchedOnlyWithinTheirOwnPalette) {
@@ -210,22 +198,15 @@ TEST_F(PaletteTest, PaletteWithoutCandidatesLeavesAGreyThreadWithoutKey) {
     for (const char* palette : {"Only Special", "No Lines"}) {
         HMKThread thread(HMKColor(1, 0, 0), "Red", "5", "Other", "Other");
         ASSERT_TRUE(thread.changeToColor(HMKColor(1, 1, 1), palette));
-        EXPECT_EQ(thread.color, HMKColor()) << palette;
-        EXPECT_EQ(thread.key, "") << palette;
-        EXPECT_EQ(thread.name, "") << palette;
-        EXPECT_EQ(thread.palette, palette);
-        EXPECT_EQ(thread.paletteName, "Threadcolors");
+        EXPECT_EQ(thread, HMKThread(HMKColor(), "", "", palette, "Threadcolors")) << palette;
     }
 }
 
 TEST(ThreadColor, EmptyPaletteMakesAnIndividualColour) {
     HMKThread thread(HMKColor(), "t", "405", "Brother", "Brother");
     ASSERT_TRUE(thread.changeToColor(HMKColor(1, 0.5, 0.2), ""));
-    EXPECT_EQ(thread.color, HMKColor(1, 0.5, 0.2));
-    EXPECT_EQ(thread.name, "Individual color (255, 128, 51)");
-    EXPECT_EQ(thread.key, "");
-    EXPECT_EQ(thread.palette, "");
-    EXPECT_EQ(thread.paletteName, "Threadcolors");
+    EXPECT_EQ(thread, HMKThread(HMKColor(1, 0.5, 0.2), "Individual color (255, 128, 51)", "", "",
+                                "Threadcolors"));
 }
 
 TEST(ThreadColor, MissingPaletteIsLoggedAndLeavesTheThreadUnchanged) {
@@ -258,30 +239,22 @@ TEST(ColorCodes, TablesHaveTheirSizesAndEdgeEntries) {
     EXPECT_EQ(janome.size(), 79u);
     EXPECT_EQ(brother.size(), 64u);
     EXPECT_EQ(brotherRead.size(), 71u);
-
-    EXPECT_EQ(janome.at(0), "x9");
-    EXPECT_EQ(janome.at(14), "205");
-    EXPECT_EQ(janome.at(15), "209");
-    EXPECT_EQ(janome.at(73), "275");
-    EXPECT_EQ(janome.at(78), "224");
+    const std::tuple<decltype(janome)*, int, const char*> entries[] = {
+        {&janome, 0, "x9"},   {&janome, 14, "205"},      {&janome, 15, "209"},
+        {&janome, 73, "275"}, {&janome, 78, "224"},      {&brother, 1, "007"},
+        {&brother, 64, "x7"}, {&brotherRead, 92, "086"}, {&brotherRead, 66, "007"}};
+    for (auto [table, index, key] : entries) {
+        EXPECT_EQ(table->at(index), key) << index;
+    }
     EXPECT_FALSE(janome.contains(79));
     EXPECT_FALSE(brother.contains(0));
-    EXPECT_EQ(brother.at(1), "007");
-    EXPECT_EQ(brother.at(64), "x7");
-    EXPECT_EQ(brotherRead.at(92), "086");
-    EXPECT_EQ(brotherRead.at(66), "007");
     for (const auto& [index, key] : brother) {
         EXPECT_EQ(brotherRead.at(index), key) << index;
     }
-}
-
-TEST(ColorCodes, JanomeKeysAreUsedOnce) {
-    std::map<std::string, int> uses;
-    for (const auto& [index, key] : HMKDesign::janomeColorCodes()) {
-        ++uses[key];
-    }
-    for (const auto& [key, count] : uses) {
-        EXPECT_EQ(count, 1) << key;
+    // Janome keys are used once.
+    std::set<std::string> janomeKeys;
+    for (const auto& [index, key] : janome) {
+        EXPECT_TRUE(janomeKeys.insert(key).second) << key;
     }
 }
 

@@ -4,8 +4,10 @@
 
 #include <QColor>
 #include <QImage>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -14,6 +16,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+const QColor kNothing(0, 0, 0, 0);
 
 // An upside-down "L": a red stitch along the top (y = 100) from x 0 to 200, then down the
 // right side to y = 0. The first stitch only brings the needle to the top left corner.
@@ -51,7 +54,7 @@ std::string wholeFile(const fs::path& path) {
 }
 
 class DesignPicture : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         folder_ = fs::temp_directory_path() /
                   ("hemlark_picture_" +
@@ -72,25 +75,16 @@ class DesignPicture : public ::testing::Test {
     fs::path folder_;
 };
 
-struct FormatCase {
-    const char* file;
-    std::optional<HMKPictureFormat> format;
-};
-
-class PictureFormat : public ::testing::TestWithParam<FormatCase> {};
-
-TEST_P(PictureFormat, FollowsTheExtensionInAnyCase) {
-    EXPECT_EQ(pictureFormatForPath(GetParam().file), GetParam().format);
+TEST(PictureFormat, FollowsTheExtensionInAnyCase) {
+    const std::pair<const char*, std::optional<HMKPictureFormat>> cases[] = {
+        {"a.png", HMKPictureFormat::png}, {"dir/B.PNG", HMKPictureFormat::png},
+        {"c.svg", HMKPictureFormat::svg}, {"d.Pdf", HMKPictureFormat::pdf},
+        {"e.jpg", std::nullopt},          {"png", std::nullopt},
+        {"f.png.txt", std::nullopt}};
+    for (const auto& [file, format] : cases) {
+        EXPECT_EQ(pictureFormatForPath(file), format) << file;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, PictureFormat,
-                         ::testing::Values(FormatCase{"a.png", HMKPictureFormat::png},
-                                           FormatCase{"dir/B.PNG", HMKPictureFormat::png},
-                                           FormatCase{"c.svg", HMKPictureFormat::svg},
-                                           FormatCase{"d.Pdf", HMKPictureFormat::pdf},
-                                           FormatCase{"e.jpg", std::nullopt},
-                                           FormatCase{"png", std::nullopt},
-                                           FormatCase{"f.png.txt", std::nullopt}));
 
 TEST(DesignPictureTransform, FitsTheDesignCentredWithYUp) {
     HMKAffineTransform t = designPictureTransform(redCorner(), smallPicture());
@@ -107,37 +101,49 @@ TEST(DesignPictureTransform, FitsTheDesignCentredWithYUp) {
 }
 
 TEST_F(DesignPicture, PngShowsTheStitchesWithYPointingUp) {
-    QImage image = writeAndLoadPng(redCorner(), smallPicture());
-    ASSERT_EQ(image.size(), QSize(240, 240));
-    // The top stitch is near the top of the picture, in the thread colour at its core.
-    QColor top = image.pixelColor(120, 70);
-    EXPECT_EQ(top, QColor(255, 0, 0));
-    // The right-hand stitch runs down the right side; nothing runs along the bottom.
-    EXPECT_EQ(image.pixelColor(218, 120), QColor(255, 0, 0));
-    EXPECT_EQ(image.pixelColor(120, 169).alpha(), 0);
-    EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
-}
-
-TEST_F(DesignPicture, BackgroundColourFillsThePicture) {
-    HMKPictureOptions options = smallPicture();
-    options.background = HMKColor(0, 0, 1);
-    QImage image = writeAndLoadPng(redCorner(), options);
-    EXPECT_EQ(image.pixelColor(0, 0), QColor(0, 0, 255));
-    EXPECT_EQ(image.pixelColor(120, 70), QColor(255, 0, 0));
-}
-
-TEST_F(DesignPicture, ThreadOptionDrawsOnlyThatThread) {
-    HMKPictureOptions options = smallPicture();
-    options.thread = 1;
-    QImage image = writeAndLoadPng(redCorner(), options);
-    EXPECT_EQ(image.pixelColor(120, 70).alpha(), 0);
+    // The top stitch lies on row 70 in the thread colour at its core, the right-hand one runs
+    // down the right side, and nothing runs along the bottom.
+    const struct {
+        const char* name;
+        std::function<void(HMKPictureOptions&)> change;
+        std::vector<std::pair<QPoint, QColor>> pixels;
+    } cases[] = {
+        {"plain",
+         [](HMKPictureOptions&) {},
+         {{{120, 70}, QColor(255, 0, 0)},
+          {{218, 120}, QColor(255, 0, 0)},
+          {{120, 169}, kNothing},
+          {{0, 0}, kNothing}}},
+        {"on a background colour",
+         [](HMKPictureOptions& o) { o.background = HMKColor(0, 0, 1); },
+         {{{0, 0}, QColor(0, 0, 255)}, {{120, 70}, QColor(255, 0, 0)}}},
+        {"only another thread",
+         [](HMKPictureOptions& o) { o.thread = 1; },
+         {{{120, 70}, kNothing}}},
+    };
+    for (const auto& c : cases) {
+        HMKPictureOptions options = smallPicture();
+        c.change(options);
+        QImage image = writeAndLoadPng(redCorner(), options);
+        ASSERT_EQ(image.size(), QSize(240, 240)) << c.name;
+        for (const auto& [point, color] : c.pixels) {
+            QColor actual = image.pixelColor(point);
+            if (color.alpha() == 0) {
+                EXPECT_EQ(actual.alpha(), 0) << c.name << " at " << point.x() << "," << point.y();
+            } else {
+                EXPECT_EQ(actual, color) << c.name << " at " << point.x() << "," << point.y();
+            }
+        }
+    }
+    QImage empty = writeAndLoadPng(HMKDesign(), smallPicture());
+    ASSERT_EQ(empty.size(), QSize(240, 240));
+    EXPECT_EQ(empty.pixelColor(120, 120).alpha(), 0);
 }
 
 TEST_F(DesignPicture, Show3DShadesTheThreadAcrossTheStitch) {
     HMKPictureOptions options = smallPicture();
     options.show3D = true;
-    QImage image = writeAndLoadPng(redCorner(), options);
-    QColor centre = image.pixelColor(120, 70);
+    QColor centre = writeAndLoadPng(redCorner(), options).pixelColor(120, 70);
     EXPECT_EQ(centre.alpha(), 255);
     EXPECT_GT(centre.green(), 20);
     EXPECT_GT(centre.red(), 200);
@@ -160,35 +166,30 @@ TEST_F(DesignPicture, PdfStartsWithThePdfHeader) {
     EXPECT_NE(wholeFile(path).find("%%EOF"), std::string::npos);
 }
 
-TEST_F(DesignPicture, UnknownExtensionFailsWithAClearErrorAndWritesNothing) {
-    fs::path path = folder_ / "picture.jpg";
+TEST_F(DesignPicture, FailuresWriteNothingAndSayWhy) {
+    HMKPictureOptions noHeight = smallPicture();
+    noHeight.heightPixels = 0;
+    const struct {
+        fs::path file;
+        HMKPictureOptions options;
+        int code;
+        std::string_view domain;
+    } cases[] = {
+        {folder_ / "picture.jpg", smallPicture(), kPictureFormatError, kHMKDesignErrorDomain},
+        {folder_ / "picture.png", noHeight, kPictureSizeError, kHMKDesignErrorDomain},
+        {folder_ / "missing" / "picture.png", smallPicture(), ENOENT, kHMKPosixErrorDomain},
+    };
+    for (const auto& c : cases) {
+        HMKError error;
+        EXPECT_FALSE(writeDesignPicture(redCorner(), c.file, c.options, &error)) << c.file;
+        EXPECT_EQ(error.code, c.code) << c.file;
+        EXPECT_EQ(error.domain, c.domain) << c.file;
+        EXPECT_FALSE(fs::exists(c.file)) << c.file;
+    }
+    // The format error names the extensions that work.
     HMKError error;
-    EXPECT_FALSE(writeDesignPicture(redCorner(), path, smallPicture(), &error));
-    EXPECT_EQ(error.code, kPictureFormatError);
-    EXPECT_EQ(error.domain, kHMKDesignErrorDomain);
+    writeDesignPicture(redCorner(), folder_ / "picture.jpg", smallPicture(), &error);
     EXPECT_NE(error.message().find(".png"), std::string::npos);
-    EXPECT_FALSE(fs::exists(path));
-}
-
-TEST_F(DesignPicture, InvalidSizeFails) {
-    HMKPictureOptions options = smallPicture();
-    options.heightPixels = 0;
-    HMKError error;
-    EXPECT_FALSE(writeDesignPicture(redCorner(), folder_ / "picture.png", options, &error));
-    EXPECT_EQ(error.code, kPictureSizeError);
-}
-
-TEST_F(DesignPicture, WriteIntoAMissingFolderPassesTheFileSystemErrorOn) {
-    HMKError error;
-    EXPECT_FALSE(writeDesignPicture(redCorner(), folder_ / "missing" / "picture.png",
-                                    smallPicture(), &error));
-    EXPECT_EQ(error.domain, kHMKPosixErrorDomain);
-}
-
-TEST_F(DesignPicture, EmptyDesignGivesAnEmptyPicture) {
-    QImage image = writeAndLoadPng(HMKDesign(), smallPicture());
-    ASSERT_EQ(image.size(), QSize(240, 240));
-    EXPECT_EQ(image.pixelColor(120, 120).alpha(), 0);
 }
 
 }  // namespace
