@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "formats/read/memory_readers.h"
+#include "formats/read/readers.h"
 
 namespace {
 

@@ -29,7 +29,6 @@ constexpr std::uint8_t kDstJumpKind = 0x83;
 constexpr std::uint8_t kDstColorChangeKind = 0xC3;
 
 // Placeholder thread keys run "1" to "20" and then start again.
-constexpr std::size_t kDstThreadKeyCycle = 20;
 
 struct DstHeaderTag {
     std::string_view tag;
@@ -75,21 +74,6 @@ constexpr DstByteMoves kDstSecondByteMoves = makeDstByteMoves(3, 27);
 constexpr DstByteMoves kDstThirdByteMoves = makeDstByteMoves(0, 81);
 
 // The placeholder threads, made once per key: building a thread loads its palette.
-class DstPlaceholderThreads {
-public:
-    // The thread that follows `count` threads: key (count mod 20) + 1.
-    const HMKThread& threadAfter(std::size_t count) {
-        auto& thread = threads_[count % kDstThreadKeyCycle];
-        if (!thread) {
-            thread = HMKThread::fromPaletteKey(std::to_string(count % kDstThreadKeyCycle + 1),
-                                               kUndefinedPalette);
-        }
-        return *thread;
-    }
-
-private:
-    std::array<std::optional<HMKThread>, kDstThreadKeyCycle> threads_;
-};
 
 }  // namespace
 
@@ -109,14 +93,12 @@ bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
     }
 
     design.resetBounds();
-    DstPlaceholderThreads placeholders;
-    auto& threads = design.threads();
-    threads.push_back(placeholders.threadAfter(threads.size()));
+    HMKPlaceholderThreads placeholders;
+    placeholders.appendTo(design);
 
     auto& stitches = design.stitches();
     stitches.reserve(stitches.size() + (reader.size() - kDstHeaderSize) / kDstRecordSize);
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     // Deliberate: a record is decoded only while offset + 3 is below the length, so the last
     // three bytes of the file are never read as a record, even when they hold a stitch.
     for (std::size_t offset = kDstHeaderSize; offset + kDstRecordSize < reader.size();
@@ -133,16 +115,13 @@ bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
         }
         const bool isColorChange = kind == kDstColorChangeKind;
         if (isColorChange) {
-            threads.push_back(placeholders.threadAfter(threads.size()));
+            placeholders.appendTo(design);
         }
         const float dx = static_cast<float>(kDstFirstByteMoves.dx[b0] + kDstSecondByteMoves.dx[b1] +
                                             kDstThirdByteMoves.dx[b2]);
         const float dy = static_cast<float>(kDstFirstByteMoves.dy[b0] + kDstSecondByteMoves.dy[b1] +
                                             kDstThirdByteMoves.dy[b2]);
-        stitches.emplace_back(dx, dy, kind == kDstJumpKind, isColorChange);
-        x += dx;
-        y += dy;
-        design.widenBounds(x, y);
+        appender.append(dx, dy, kind == kDstJumpKind, isColorChange);
     }
     return true;
 }

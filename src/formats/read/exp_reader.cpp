@@ -5,7 +5,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
-#include "formats/read/memory_readers.h"
+#include "formats/read/readers.h"
 
 namespace {
 
@@ -39,8 +39,7 @@ bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
     auto& stitches = design.stitches();
     stitches.reserve(stitches.size() + length / kExpStitchSize);
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     std::size_t p = 0;
     while (p + 1 < length) {
         auto first = reader.u8(p);
@@ -68,10 +67,7 @@ bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         } else {
             p += kExpStitchSize;
         }
-        stitches.push_back(stitch);
-        x += stitch.deltaX;
-        y += stitch.deltaY;
-        design.widenBounds(x, y);
+        appender.append(stitch);
     }
     return true;
 }

@@ -162,8 +162,7 @@ std::size_t readJanomeStitches(HMKDesign& design, const HMKByteReader& reader, s
     if (offset < size) {
         stitches.reserve(stitches.size() + (size - offset) / kJanomeStitchSize);
     }
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     std::size_t colorChanges = 0;
     // A lone final byte is never read: a record needs at least two.
     for (std::size_t position = offset; position + 1 < size;) {
@@ -196,11 +195,7 @@ std::size_t readJanomeStitches(HMKDesign& design, const HMKByteReader& reader, s
                 position += kJanomeStitchSize;
             }
         }
-        stitches.emplace_back(static_cast<float>(dx), static_cast<float>(dy), isJump,
-                              isColorChange);
-        x += dx;
-        y += dy;
-        design.widenBounds(x, y);
+        appender.append(static_cast<float>(dx), static_cast<float>(dy), isJump, isColorChange);
     }
     return colorChanges;
 }

@@ -5,7 +5,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
-#include "formats/read/memory_readers.h"
+#include "formats/read/readers.h"
 
 namespace {
 
@@ -55,8 +55,7 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     stitches.reserve(stitches.size() + (reader.size() - kKsmHeaderSize) / kKsmRecordSize);
     // The first record moves the needle to the start of the design, so it is a jump.
     bool pendingJump = true;
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     for (std::size_t p = kKsmHeaderSize; reader.contains(p, kKsmRecordSize); p += kKsmRecordSize) {
         auto yMagnitude = reader.u8(p);
         auto xMagnitude = reader.u8(p + 1);
@@ -84,10 +83,7 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         // A run of jumps goes on record after record, through colour changes too, until a
         // record that ends it; that record is still a jump itself.
         pendingJump = stitch.isJumpStitch && !endsJumpRun(*flag);
-        stitches.push_back(stitch);
-        x += stitch.deltaX;
-        y += stitch.deltaY;
-        design.widenBounds(x, y);
+        appender.append(stitch);
     }
     return true;
 }

@@ -10,7 +10,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
-#include "formats/read/memory_readers.h"
+#include "formats/read/readers.h"
 #include "model/format_text.h"
 #include "model/strings.h"
 
@@ -132,8 +132,7 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     // The hoop centre is where the needle starts (the writer's colour record 0 stays there).
     double previousX = 0;
     double previousY = 0;
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     bool isFirstRecord = true;
     bool madeThread = false;
     // Built once per palette entry: colour records may follow each other closely.
@@ -190,11 +189,7 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
             if (std::fabs(dx) > kPcxMaxStitchLength || std::fabs(dy) > kPcxMaxStitchLength) {
                 isJump = true;
             }
-            stitches.emplace_back(static_cast<float>(dx), static_cast<float>(dy), isJump,
-                                  isColorChange);
-            x += stitches.back().deltaX;
-            y += stitches.back().deltaY;
-            design.widenBounds(x, y);
+            appender.append(static_cast<float>(dx), static_cast<float>(dy), isJump, isColorChange);
         }
         isFirstRecord = false;
         previousX = positionX;

@@ -240,10 +240,9 @@ std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> s
         pecLongValue(reader.u8(offset + 2).value_or(0), reader.u8(offset + 3).value_or(0));
     const int halfWidth = reader.s16le(kPecWidthOffset).value_or(0) / 2;
     const int halfHeight = reader.s16le(kPecHeightOffset).value_or(0) / 2;
-    float x = static_cast<float>(startX - halfWidth);
-    float y = static_cast<float>(halfHeight - startY);
-    stitches().emplace_back(x, y, true, false);
-    widenBounds(x, y);
+    HMKStitchAppender appender(*this);
+    appender.append(static_cast<float>(startX - halfWidth), static_cast<float>(halfHeight - startY),
+                    true, false);
 
     if (reader.size() < end) {
         fail(error, 191, "Unable to import PEC segment (segment too small for bitmap pointer).");
@@ -264,7 +263,8 @@ std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> s
             return colorBlocks;
         }
         if (first == kPecCommand && reader.u8(position + 1) == kPecColorChange) {
-            stitches().emplace_back(0.0f, 0.0f, false, true);
+            // A zero move: the needle, and so the bounds, stay where they are.
+            appender.append(0.0f, 0.0f, false, true);
             ++colorBlocks;
             position += kPecColorChangeSize;
             continue;
@@ -282,10 +282,7 @@ std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> s
         // PEC y grows downward.
         const float deltaX = static_cast<float>(dx->value);
         const float deltaY = static_cast<float>(-dy->value);
-        stitches().emplace_back(deltaX, deltaY, isJump, false);
-        x += deltaX;
-        y += deltaY;
-        widenBounds(x, y);
+        appender.append(deltaX, deltaY, isJump, false);
     }
     fail(error, 192, "Unable to import PEC segment (stitches not terminated).");
     return 0;

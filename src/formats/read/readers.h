@@ -4,6 +4,7 @@
 // and fails with the reader's own "too short" error.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -32,9 +33,70 @@ bool importJefDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
 bool importJpxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
                              HMKError* error = nullptr);
 
+// --- Helpers shared by the readers ---------------------------------------------------------
 // The bytes of a whole-file read; none when the file could not be read.
 inline std::span<const std::uint8_t> bytesOrNone(
     const std::optional<std::vector<std::uint8_t>>& file) {
     return file ? std::span<const std::uint8_t>(*file) : std::span<const std::uint8_t>();
 }
 
+// --- Byte-stream formats: EXP, SEW, KSM -----------------------------------------------------
+bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error = nullptr);
+bool importSewDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error = nullptr);
+bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error = nullptr);
+
+// --- VP3 (colour sections with their own thread colours and a custom hoop) -----------------
+bool importVp3DesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error = nullptr);
+
+// --- PCS, PCD and PCQ (absolute positions in 1/6 mm) ---------------------------------------
+bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error = nullptr);
+
+// --- Shared by the readers ---------------------------------------------------------------
+// Formats that carry no thread colours cycle through placeholder threads "1" to "20" of the
+// "Undefined" palette: each new thread is keyed (thread count modulo 20) + 1. Each of the 20
+// is built once per read, since a file may change colour on every record and every build
+// looks the palette up.
+inline constexpr std::size_t kPlaceholderThreadCycle = 20;
+
+class HMKPlaceholderThreads {
+public:
+    void appendTo(HMKDesign& design) {
+        auto& thread = threads_[design.threads().size() % kPlaceholderThreadCycle];
+        if (!thread) {
+            std::size_t key = design.threads().size() % kPlaceholderThreadCycle + 1;
+            thread = HMKThread::fromPaletteKey(std::to_string(key), kUndefinedPalette);
+        }
+        design.threads().push_back(*thread);
+    }
+
+private:
+    std::array<std::optional<HMKThread>, kPlaceholderThreadCycle> threads_;
+};
+
+// Appends decoded stitches while keeping the running needle position, summed in single
+// precision like the bounds, and widening the bounds after every record: jumps and colour
+// changes move the needle too, and the start point itself is not part of the bounds.
+class HMKStitchAppender {
+public:
+    explicit HMKStitchAppender(HMKDesign& design) : design_(design) {}
+
+    void append(const HMKStitch& stitch) {
+        design_.stitches().push_back(stitch);
+        x_ += stitch.deltaX;
+        y_ += stitch.deltaY;
+        design_.widenBounds(x_, y_);
+    }
+    void append(float dx, float dy, bool isJump, bool isColorChange) {
+        append(HMKStitch(dx, dy, isJump, isColorChange));
+    }
+
+private:
+    HMKDesign& design_;
+    float x_ = 0;
+    float y_ = 0;
+};

@@ -5,7 +5,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
-#include "formats/read/memory_readers.h"
+#include "formats/read/readers.h"
 
 namespace {
 
@@ -57,8 +57,7 @@ bool importSewDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     design.resetBounds();
     auto& stitches = design.stitches();
     stitches.reserve(stitches.size() + (length - kSewStitchDataOffset) / kSewStitchSize);
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     std::size_t p = kSewStitchDataOffset;
     while (p + 1 < length) {
         auto first = reader.u8(p);
@@ -96,10 +95,7 @@ bool importSewDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         } else {
             p += kSewStitchSize;
         }
-        stitches.push_back(stitch);
-        x += stitch.deltaX;
-        y += stitch.deltaY;
-        design.widenBounds(x, y);
+        appender.append(stitch);
     }
     return true;
 }

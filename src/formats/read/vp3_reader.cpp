@@ -9,7 +9,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
-#include "formats/read/memory_readers.h"
+#include "formats/read/readers.h"
 #include "model/format_text.h"
 
 namespace {
@@ -129,8 +129,7 @@ bool importVp3DesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     if (section < length) {
         stitches.reserve(stitches.size() + (length - section) / kVp3StitchSize);
     }
-    float x = 0;
-    float y = 0;
+    HMKStitchAppender appender(design);
     for (std::size_t k = 0; k < *colorCount; ++k) {
         if (!reader.contains(section, kVp3SectionMinimumSize)) {
             return failTooSmall(error);
@@ -191,10 +190,7 @@ bool importVp3DesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
                 stitch = HMKStitch(0, 0, false, false);
                 p += kVp3StitchSize;
             }
-            stitches.push_back(stitch);
-            x += stitch.deltaX;
-            y += stitch.deltaY;
-            design.widenBounds(x, y);
+            appender.append(stitch);
         }
         // Colour changes are implied by the section boundaries: the last stitch so far ends
         // every section but the last.
