@@ -5,27 +5,23 @@
 
 namespace {
 
-struct DstRead {
-    HMKDesign design;
-    HMKError error;
-    bool ok = false;
-};
-
-DstRead readDst(const Bytes& bytes) {
-    DstRead read;
-    read.ok = importDstDesignFromData(read.design, bytes, &read.error);
-    return read;
+ReadOutcome readDst(const Bytes& bytes) {
+    return readWith(importDstDesignFromData, bytes);
 }
 
-struct BitCase {
-    std::uint8_t b0, b1, b2;
-    float dx, dy;
-};
+Bytes withTrailer(Bytes bytes, std::initializer_list<std::uint8_t> trailer) {
+    appendBytes(bytes, trailer);
+    return bytes;
+}
 
 }  // namespace
 
 TEST(DstReader, EveryMovementBitAddsItsWeight) {
-    const BitCase cases[] = {
+    struct Case {
+        std::uint8_t b0, b1, b2;
+        float dx, dy;
+    };
+    const Case cases[] = {
         {0x01, 0, 0x03, 1, 0},          {0x02, 0, 0x03, -1, 0}, {0x04, 0, 0x03, 9, 0},
         {0x08, 0, 0x03, -9, 0},         {0x10, 0, 0x03, 0, -9}, {0x20, 0, 0x03, 0, 9},
         {0x40, 0, 0x03, 0, -1},         {0x80, 0, 0x03, 0, 1},  {0, 0x01, 0x03, 3, 0},
@@ -39,110 +35,74 @@ TEST(DstReader, EveryMovementBitAddsItsWeight) {
         SCOPED_TRACE(testing::Message() << std::hex << +c.b0 << " " << +c.b1 << " " << +c.b2);
         const auto read = readDst(dstFile({{c.b0, c.b1, c.b2}}));
         ASSERT_TRUE(read.ok);
-        ASSERT_EQ(read.design.stitches().size(), 1u);
-        EXPECT_EQ(read.design.stitches()[0], HMKStitch(c.dx, c.dy, false, false));
+        EXPECT_EQ(read.design.stitches(), Stitches{plain(c.dx, c.dy)});
     }
 }
 
 TEST(DstReader, ThirdByteDecidesTheRecordKind) {
-    struct KindCase {
-        std::uint8_t b2;
-        bool ok;
-        std::size_t stitches;
-        bool jump, change;
+    struct Case {
+        std::uint8_t b0, b2;
+        std::string kinds;  // empty: no stitch; "!": invalid function code
     };
-    const KindCase cases[] = {
-        {0x03, true, 1, false, false},  {0x83, true, 1, true, false},
-        {0xC3, true, 1, false, true},   {0xF3, true, 0, false, false},
-        {0x43, false, 0, false, false}, {0x00, false, 0, false, false},
-        {0x01, false, 0, false, false},
-    };
+    const Case cases[] = {{0x00, 0x03, "S"}, {0x00, 0x83, "J"}, {0x00, 0xC3, "C"},
+                          {0xFF, 0xFF, "C"}, {0x00, 0xF3, ""},  {0x00, 0x43, "!"},
+                          {0x00, 0x00, "!"}, {0x00, 0x01, "!"}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << std::hex << +c.b2);
-        Bytes bytes = dstHeader();
-        appendBytes(bytes, {0x00, 0x00, c.b2, 0x00, 0x00, 0xF3});
-        const auto read = readDst(bytes);
-        EXPECT_EQ(read.ok, c.ok);
-        ASSERT_EQ(read.design.stitches().size(), c.stitches);
-        if (!c.ok) {
+        SCOPED_TRACE(testing::Message() << std::hex << +c.b0 << " " << +c.b2);
+        const auto read = readDst(withTrailer(dstHeader(), {c.b0, c.b0, c.b2, 0x00, 0x00, 0xF3}));
+        EXPECT_EQ(read.ok, c.kinds != "!");
+        if (!read.ok) {
             EXPECT_EQ(read.error.code, 111);
             EXPECT_EQ(read.error.recoverySuggestion,
                       "Unable to import DST file (invalid function codes).");
-        }
-        if (c.stitches == 1) {
-            EXPECT_EQ(read.design.stitches()[0], HMKStitch(0, 0, c.jump, c.change));
+            EXPECT_TRUE(read.design.stitches().empty());
+        } else {
+            EXPECT_EQ(kindsOf(read.design.stitches()), c.kinds);
+            for (const auto& stitch : read.design.stitches())  // all bits set: no movement
+                EXPECT_TRUE(stitch.isNullStitch());
         }
     }
 }
 
-TEST(DstReader, AllBitsSetIsAColourChangeWithoutMovement) {
-    const auto read = readDst(dstFile({{0xFF, 0xFF, 0xFF}}));
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.stitches().size(), 1u);
-    EXPECT_EQ(read.design.stitches()[0], HMKStitch(0, 0, false, true));
-    EXPECT_EQ(read.design.threads().size(), 2u);
-}
-
-TEST(DstReader, ColourChangeAddsANumberedPlaceholderThreadAndKeepsItsMove) {
-    const auto read = readDst(dstFile({{0x00, 0x00, 0xC3}, {0x01, 0x00, 0xC3}}));
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.threads().size(), 3u);
-    EXPECT_EQ(read.design.threads()[0].key, "1");
-    EXPECT_EQ(read.design.threads()[1].key, "2");
-    EXPECT_EQ(read.design.threads()[2].key, "3");
-    for (const auto& thread : read.design.threads())
-        EXPECT_EQ(thread.palette, "Undefined");
-    EXPECT_EQ(read.design.stitches()[1], HMKStitch(1, 0, false, true));
-}
-
-TEST(DstReader, ThreadKeysCycleThroughTwenty) {
-    Bytes bytes = dstHeader();
-    for (int i = 0; i < 21; ++i)
+TEST(DstReader, ColourChangesAddPlaceholderThreadsKeyedOneToTwentyAndKeepTheirMove) {
+    Bytes bytes = withTrailer(dstHeader(), {0x01, 0x00, 0xC3});
+    for (int i = 0; i < 20; ++i)
         appendBytes(bytes, {0x00, 0x00, 0xC3});
-    appendBytes(bytes, {0x00, 0x00, 0xF3});
-    const auto read = readDst(bytes);
+    const auto read = readDst(withTrailer(bytes, {0x00, 0x00, 0xF3}));
     ASSERT_TRUE(read.ok);
+    EXPECT_EQ(read.design.stitches()[0], change(1, 0));
     ASSERT_EQ(read.design.threads().size(), 22u);
-    for (std::size_t i = 0; i < 20; ++i) {
-        EXPECT_EQ(read.design.threads()[i].key, std::to_string(i + 1));
+    for (std::size_t i = 0; i < 22; ++i) {
+        EXPECT_EQ(read.design.threads()[i],
+                  HMKThread::fromPaletteKey(std::to_string(i % 20 + 1), "Undefined"));
     }
-    EXPECT_EQ(read.design.threads()[20].key, "1");
-    EXPECT_EQ(read.design.threads()[21].key, "2");
 }
 
 TEST(DstReader, FilesShorterThan516BytesHaveNoHeader) {
-    Bytes bytes = dstHeader();
-    appendBytes(bytes, {0x00, 0x00, 0xF3});
-    ASSERT_EQ(bytes.size(), 515u);
-    auto read = readDst(bytes);
-    EXPECT_FALSE(read.ok);
-    EXPECT_EQ(read.error.code, 123);
-    EXPECT_EQ(read.error.recoverySuggestion, "Unable to import DST file (missing header).");
-    EXPECT_TRUE(read.design.threads().empty());
-
-    read = readDst({});
-    EXPECT_EQ(read.error.code, 123);
-}
-
-TEST(DstReader, A516ByteFileDecodesItsSingleRecord) {
-    Bytes bytes = dstHeader();
-    appendBytes(bytes, {0x01, 0x00, 0x03, 0x1A});
-    const auto read = readDst(bytes);
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.stitches().size(), 1u);
-    EXPECT_EQ(read.design.stitches()[0], HMKStitch(1, 0, false, false));
+    const Bytes short515 = withTrailer(dstHeader(), {0x00, 0x00, 0xF3});
+    for (const Bytes& bytes : {short515, Bytes{}}) {
+        const auto read = readDst(bytes);
+        expectFailure(read, 123, "Unable to import DST file (missing header).");
+        EXPECT_TRUE(read.design.threads().empty());
+    }
+    HMKDesign design;
+    HMKError error;
+    EXPECT_FALSE(design.importDstDesignFromURL("/nonexistent/folder/rose.dst", &error));
+    EXPECT_EQ(error.code, 123);
+    EXPECT_EQ(design.designType(), "DST");
 }
 
 TEST(DstReader, LastThreeBytesAreNeverDecoded) {
-    Bytes bytes = dstHeader();
-    appendBytes(bytes, {0x01, 0x00, 0x03, 0x02, 0x00, 0x03});
-    const auto read = readDst(bytes);
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.stitches().size(), 1u);
-    EXPECT_EQ(read.design.stitches()[0], HMKStitch(1, 0, false, false));
+    // The smallest file with a record (516 bytes), then a record where the end record would be.
+    for (const Bytes& bytes : {withTrailer(dstHeader(), {0x01, 0x00, 0x03, 0x1A}),
+                               withTrailer(dstHeader(), {0x01, 0x00, 0x03, 0x02, 0x00, 0x03})}) {
+        const auto read = readDst(bytes);
+        ASSERT_TRUE(read.ok);
+        EXPECT_EQ(read.design.stitches(), Stitches{plain(1, 0)});
+    }
 }
 
-TEST(DstReader, MissingHeaderTagFailsWithTheTagsCode) {
+TEST(DstReader, MissingHeaderTagFailsWithTheFirstMissingTagsCode) {
     const std::pair<std::string_view, int> tags[] = {
         {"LA:", 110}, {"ST:", 112}, {"CO:", 113}, {"+X:", 114}, {"-X:", 115},
         {"+Y:", 116}, {"-Y:", 117}, {"AX:", 118}, {"AY:", 119},
@@ -151,90 +111,52 @@ TEST(DstReader, MissingHeaderTagFailsWithTheTagsCode) {
         SCOPED_TRACE(tag);
         std::string header(kDstAllTags);
         header.replace(header.find(tag), tag.size(), "   ");
-        Bytes bytes = dstHeader(header);
-        appendBytes(bytes, {0x00, 0x00, 0xF3, 0x1A});
-        const auto read = readDst(bytes);
-        EXPECT_FALSE(read.ok);
-        EXPECT_EQ(read.error.code, code);
-        EXPECT_EQ(read.error.recoverySuggestion,
-                  "Unable to import DST file (missing " + std::string(tag) + " tag in header).");
+        const auto read = readDst(withTrailer(dstHeader(header), {0x00, 0x00, 0xF3, 0x1A}));
+        expectFailure(
+            read, code,
+            "Unable to import DST file (missing " + std::string(tag) + " tag in header).");
     }
-}
-
-TEST(DstReader, FirstMissingTagWins) {
-    Bytes bytes = dstHeader("nothing here");
-    appendBytes(bytes, {0x00, 0x00, 0xF3, 0x1A});
-    EXPECT_EQ(readDst(bytes).error.code, 110);
+    EXPECT_EQ(readDst(withTrailer(dstHeader("nothing"), {0, 0, 0xF3, 0x1A})).error.code, 110);
 }
 
 TEST(DstReader, HeaderSearchCoversOnly511Characters) {
     std::string header(kDstAllTags);
     header.replace(header.find("LA:"), 3, "   ");
-    Bytes bytes = dstHeader(header);
-    bytes[509] = 'L';
-    bytes[510] = 'A';
-    bytes[511] = ':';
-    appendBytes(bytes, {0x00, 0x00, 0xF3, 0x1A});
+    Bytes bytes = withTrailer(dstHeader(header), {0x00, 0x00, 0xF3, 0x1A});
+    std::copy_n("LA:", 3, bytes.begin() + 509);
     EXPECT_EQ(readDst(bytes).error.code, 110);
-
-    bytes[508] = 'L';
-    bytes[509] = 'A';
-    bytes[510] = ':';
+    std::copy_n("LA:", 3, bytes.begin() + 508);
     EXPECT_TRUE(readDst(bytes).ok);
 }
 
-TEST(DstReader, SetsTypeVersionAndOnePlaceholderThread) {
+TEST(DstReader, EmptyDesignHasTypeVersionOnePlaceholderThreadAndEmptyBounds) {
     const auto read = readDst(dstFile({}));
     ASSERT_TRUE(read.ok);
     EXPECT_EQ(read.design.designType(), "DST");
     EXPECT_EQ(read.design.designVersion(), 10);
-    ASSERT_EQ(read.design.threads().size(), 1u);
-    EXPECT_EQ(read.design.threads()[0], HMKThread::fromPaletteKey("1", "Undefined"));
+    EXPECT_EQ(read.design.threads(), std::vector{HMKThread::fromPaletteKey("1", "Undefined")});
     EXPECT_TRUE(read.design.stitches().empty());
+    EXPECT_EQ(boundsOf(read.design),
+              (Bounds{kEmptyBoundsMin, kEmptyBoundsMin, kEmptyBoundsMax, kEmptyBoundsMax}));
 }
 
-TEST(DstReader, StitchesBeforeAnInvalidRecordStay) {
-    const auto read = readDst(
-        dstFile({{0x01, 0x00, 0x03}, {0x00, 0x00, 0xC3}, {0, 0, 0x00}, {0x01, 0x00, 0x03}}));
-    EXPECT_FALSE(read.ok);
-    EXPECT_EQ(read.error.code, 111);
+TEST(DstReader, StitchesBeforeAnInvalidRecordStayAndTheEndRecordStopsReading) {
+    auto read = readDst(dstFile({{0x01, 0, 0x03}, {0, 0, 0xC3}, {0, 0, 0x00}, {0x01, 0, 0x03}}));
+    expectFailure(read, 111, "Unable to import DST file (invalid function codes).");
     EXPECT_EQ(read.design.stitches().size(), 2u);
     EXPECT_EQ(read.design.threads().size(), 2u);
-}
 
-TEST(DstReader, ReadingStopsAtTheEndRecord) {
-    const auto read = readDst(dstFile({{0x01, 0x00, 0x03}, {0x00, 0x00, 0xF3}, {0, 0, 0x00}}));
+    read = readDst(dstFile({{0x01, 0x00, 0x03}, {0x00, 0x00, 0xF3}, {0, 0, 0x00}}));
     ASSERT_TRUE(read.ok);
     EXPECT_EQ(read.design.stitches().size(), 1u);
 }
 
 TEST(DstReader, EveryRecordWidensTheBoundsButTheOriginDoesNot) {
     // +9 x as a jump, +1 y as a colour change, -27 x as a stitch.
-    const auto read =
-        readDst(dstFile({{0x04, 0x00, 0x83}, {0x80, 0x00, 0xC3}, {0x00, 0x08, 0x03}}));
+    const auto read = readDst(dstFile({{0x04, 0, 0x83}, {0x80, 0, 0xC3}, {0, 0x08, 0x03}}));
     ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.xMin(), -18);
-    EXPECT_EQ(read.design.xMax(), 9);
-    EXPECT_EQ(read.design.yMin(), 0);
-    EXPECT_EQ(read.design.yMax(), 1);
-
-    const auto single = readDst(dstFile({{0x01, 0x00, 0x03}}));
-    EXPECT_EQ(single.design.xMin(), 1);
-    EXPECT_EQ(single.design.xMax(), 1);
-}
-
-TEST(DstReader, WithoutAnyRecordTheBoundsStayEmpty) {
-    const auto read = readDst(dstFile({}));
-    EXPECT_EQ(read.design.xMin(), kEmptyBoundsMin);
-    EXPECT_EQ(read.design.yMax(), kEmptyBoundsMax);
-}
-
-TEST(DstReader, UnreadableFileHasNoHeader) {
-    HMKDesign design;
-    HMKError error;
-    EXPECT_FALSE(design.importDstDesignFromURL("/nonexistent/folder/rose.dst", &error));
-    EXPECT_EQ(error.code, 123);
-    EXPECT_EQ(design.designType(), "DST");
+    EXPECT_EQ(boundsOf(read.design), (Bounds{-18, 0, 9, 1}));
+    EXPECT_EQ(boundsOf(readDst(dstFile({{0x01, 0x00, 0x03}})).design), (Bounds{1, 0, 1, 0}));
 }
 
 TEST(DstReader, FailsWithoutBuildingAnErrorWhenNoneWasAskedFor) {

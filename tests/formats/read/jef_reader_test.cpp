@@ -5,28 +5,23 @@
 
 namespace {
 
-struct JanomeRead {
-    HMKDesign design;
-    HMKError error;
-    bool ok = false;
-};
-
-JanomeRead readJef(const Bytes& bytes, std::string_view extension = "jef") {
-    JanomeRead read;
-    read.ok = importJefDesignFromData(read.design, bytes, extension, &read.error);
-    return read;
+ReadOutcome readJef(const Bytes& bytes, std::string_view extension = "jef") {
+    return readWith(
+        [&](HMKDesign& design, const Bytes& data, HMKError* error) {
+            return importJefDesignFromData(design, data, extension, error);
+        },
+        bytes);
 }
 
-JanomeRead readJpx(const Bytes& bytes) {
-    JanomeRead read;
-    read.ok = importJpxDesignFromData(read.design, bytes, &read.error);
-    return read;
+ReadOutcome readJpx(const Bytes& bytes) {
+    return readWith(importJpxDesignFromData, bytes);
 }
 
 // A code missing from the Janome table.
 constexpr std::int32_t kUnknownCode = 79;
 
-// Three blocks described by the header, stitches with the given number of colour changes.
+// Header colours with tensions 10, 11, ..., and stitches with the given number of colour
+// changes.
 JanomeFileLayout layoutWithColorChanges(std::size_t headerColors, std::size_t colorChanges) {
     JanomeFileLayout layout;
     layout.colorCodes.assign(headerColors, kUnknownCode);
@@ -40,33 +35,39 @@ JanomeFileLayout layoutWithColorChanges(std::size_t headerColors, std::size_t co
     return layout;
 }
 
+// One colour and the given stitch data.
+JanomeFileLayout layoutWithStitches(Bytes stitches) {
+    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
+    layout.stitches = std::move(stitches);
+    return layout;
+}
+
 }  // namespace
 
 TEST(JefReader, DecodesTheStitchEncoding) {
-    struct Case {
-        Bytes record;
-        std::vector<HMKStitch> stitches;
-    };
-    const Case cases[] = {
-        {{0x05, 0xFB}, {{5, -5, false, false}}},
-        {{0x7F, 0x81}, {{127, -127, false, false}}},
-        {{0x80, 0x01, 0x02, 0xFD}, {{2, -3, false, true}}},
-        {{0x80, 0x02, 0x80, 0x7F}, {{-128, 127, true, false}}},
-        {{0x80, 0x04, 0x01, 0x01}, {{1, 1, true, false}}},
+    const std::pair<Bytes, Stitches> cases[] = {
+        {{0x05, 0xFB}, {plain(5, -5)}},
+        {{0x7F, 0x81}, {plain(127, -127)}},
+        {{0x80, 0x01, 0x02, 0xFD}, {change(2, -3)}},
+        {{0x80, 0x02, 0x80, 0x7F}, {jump(-128, 127)}},
+        {{0x80, 0x04, 0x01, 0x01}, {jump(1, 1)}},
         // Unknown control codes are zero stitches and reading resumes two bytes later.
-        {{0x80, 0x03, 0x01, 0x02}, {{0, 0, false, false}, {1, 2, false, false}}},
+        {{0x80, 0x03, 0x01, 0x02}, {plain(0, 0), plain(1, 2)}},
         {{0x80, 0x10, 0x01, 0x02}, {}},
+        {{0x03, 0x04, 0x05}, {plain(3, 4)}},  // a lone final byte is not read
+        {{0x80, 0x02, 0x05}, {}},             // a cut-off control record ends reading
     };
-    for (const auto& c : cases) {
+    for (const auto& [record, stitches] : cases) {
+        SCOPED_TRACE(testing::PrintToString(record));
+        // The first colour change leads the two colours' blocks in.
         JanomeFileLayout layout = layoutWithColorChanges(2, 1);
         layout.stitches = {0x80, 0x01, 0x00, 0x00};
-        appendBytes(layout.stitches, c.record);
+        layout.stitches.insert(layout.stitches.end(), record.begin(), record.end());
         const auto read = readJef(jefFile(layout));
         ASSERT_TRUE(read.ok) << read.error.message();
-        ASSERT_EQ(read.design.stitches().size(), 1 + c.stitches.size());
-        for (std::size_t i = 0; i < c.stitches.size(); ++i) {
-            EXPECT_EQ(read.design.stitches()[1 + i], c.stitches[i]);
-        }
+        Stitches expected = {change(0, 0)};
+        expected.insert(expected.end(), stitches.begin(), stitches.end());
+        EXPECT_EQ(read.design.stitches(), expected);
     }
 }
 
@@ -86,85 +87,67 @@ TEST(JefReader, SetsTypeVersionHoopThreadsAndTensions) {
 }
 
 TEST(JefReader, ExtensionDecidesTypeAndVersion) {
-    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
-    layout.version = 1;
+    const Bytes bytes = jefFile(layoutWithColorChanges(1, 0));  // version 1
     const std::tuple<std::string_view, std::string_view, std::int32_t> cases[] = {
         {"jef", "JEF", 1}, {"jef+", "JEF+", 10}, {"jefx", "?", 0}};
     for (const auto& [extension, type, version] : cases) {
-        const auto read = readJef(jefFile(layout), extension);
+        const auto read = readJef(bytes, extension);
         EXPECT_EQ(read.design.designType(), type);
         EXPECT_EQ(read.design.designVersion(), version);
     }
     ScratchFolder folder;
     HMKDesign design;
-    ASSERT_TRUE(design.importJefDesignFromURL(folder.write("x.JEF+", jefFile(layout))));
+    ASSERT_TRUE(design.importJefDesignFromURL(folder.write("x.JEF+", bytes)));
     EXPECT_EQ(design.designType(), "JEF+");
     EXPECT_EQ(design.designVersion(), 10);
 }
 
-TEST(JefReader, FilesOf51BytesOrFewerHaveNoMetaData) {
-    auto read = readJef(Bytes(51, 0));
-    EXPECT_FALSE(read.ok);
-    EXPECT_EQ(read.error.code, 20);
-    EXPECT_EQ(read.error.recoverySuggestion, "Unable to import JEF file (no meta data).");
-    EXPECT_EQ(readJef({}).error.code, 20);
-    // 52 bytes pass that check and fail on the colour table instead.
-    read = readJef(Bytes(52, 0));
-    EXPECT_EQ(read.error.code, 21);
-    EXPECT_EQ(read.error.recoverySuggestion, "Unable to import JEF file (no color codes).");
-}
-
-TEST(JefReader, ColourTableMustFitTheFile) {
-    Bytes bytes = jefFile(layoutWithColorChanges(3, 2));
-    putLe32(bytes, 24, 0x7FFFFFFF);
-    EXPECT_EQ(readJef(bytes).error.code, 21);
-}
-
-TEST(JefReader, MissingTensionsFailAsMissingColourCodes) {
+TEST(JefReader, HeaderFailures) {
+    const std::string noColorCodes = "Unable to import JEF file (no color codes).";
+    Bytes hugeColorTable = jefFile(layoutWithColorChanges(3, 2));
+    putLe(hugeColorTable, 24, 0x7FFFFFFF);
     // Four colours: the length check asks for 136 bytes, the tensions end at 148.
-    JanomeFileLayout layout = layoutWithColorChanges(4, 3);
-    layout.tensions.clear();
-    layout.stitches.clear();
-    Bytes bytes = jefFile(layout);
-    bytes.resize(140, 0);
-    putLe32(bytes, 0, 120);
-    const auto read = readJef(bytes);
-    EXPECT_FALSE(read.ok);
-    EXPECT_EQ(read.error.code, 21);
-}
-
-TEST(JefReader, StitchOffsetMustLieInsideTheFile) {
+    JanomeFileLayout noTensions = layoutWithColorChanges(4, 3);
+    noTensions.tensions.clear();
+    noTensions.stitches.clear();
+    Bytes missingTensions = jefFile(noTensions);
+    missingTensions.resize(140, 0);
+    putLe(missingTensions, 0, 120);
+    std::vector<std::tuple<std::string, Bytes, int, std::string>> cases = {
+        {"51 bytes", Bytes(51, 0), 20, "Unable to import JEF file (no meta data)."},
+        {"no bytes", {}, 20, "Unable to import JEF file (no meta data)."},
+        {"52 bytes", Bytes(52, 0), 21, noColorCodes},
+        {"colour table beyond the file", hugeColorTable, 21, noColorCodes},
+        {"missing tensions", missingTensions, 21, noColorCodes},
+    };
     for (std::int32_t offset : {-1, -100, 0x7FFFFFFF, 10000}) {
         Bytes bytes = jefFile(layoutWithColorChanges(1, 0));
-        putLe32(bytes, 0, offset);
+        putLe(bytes, 0, offset);
+        cases.emplace_back("stitch offset " + std::to_string(offset), bytes, 23,
+                           "Unable to import JEF file (invalid offset).");
+    }
+    for (const auto& [name, bytes, code, text] : cases) {
+        SCOPED_TRACE(name);
         const auto read = readJef(bytes);
-        EXPECT_FALSE(read.ok);
-        EXPECT_EQ(read.error.code, 23);
-        EXPECT_EQ(read.error.recoverySuggestion, "Unable to import JEF file (invalid offset).");
+        expectFailure(read, code, text);
     }
 }
 
-TEST(JefReader, UnknownColourCodeBecomesThread220) {
-    const auto read = readJef(jefFile(layoutWithColorChanges(1, 0)));
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.threads().size(), 1u);
-    HMKThread expected = HMKThread::fromPaletteKey("220", "Janome");
-    expected.tension = 10;
-    EXPECT_EQ(read.design.threads()[0], expected);
-}
-
-TEST(JefReader, ColourCodesGoThroughTheJanomeTable) {
-    JanomeFileLayout layout = layoutWithColorChanges(2, 1);
-    layout.colorCodes = {1, 78};
+TEST(JefReader, ColourCodesGoThroughTheJanomeTableAndUnknownOnesBecomeThread220) {
+    JanomeFileLayout layout = layoutWithColorChanges(3, 2);
+    layout.colorCodes = {1, 78, kUnknownCode};
     const auto read = readJef(jefFile(layout));
     ASSERT_TRUE(read.ok);
+    ASSERT_EQ(read.design.threads().size(), 3u);
     EXPECT_EQ(read.design.threads()[0].key, "002");
     EXPECT_EQ(read.design.threads()[1].key, "224");
+    HMKThread expected = HMKThread::fromPaletteKey("220", "Janome");
+    expected.tension = 12;
+    EXPECT_EQ(read.design.threads()[2], expected);
 }
 
 TEST(JefReader, UndescribedBlocksGetRecolouredCopiesOfTheLastThread) {
-    JanomeFileLayout layout = layoutWithColorChanges(3, 4);
-    const auto read = readJef(jefFile(layout));
+    const auto read = readJef(jefFile(layoutWithColorChanges(3, 4)));
     ASSERT_TRUE(read.ok) << read.error.message();
     ASSERT_EQ(read.design.threads().size(), 5u);
     HMKThread expected = read.design.threads()[2];
@@ -173,52 +156,25 @@ TEST(JefReader, UndescribedBlocksGetRecolouredCopiesOfTheLastThread) {
     EXPECT_EQ(read.design.threads()[4], expected);
 }
 
-TEST(JefReader, MoreHeaderColoursThanBlocksFails) {
-    const auto read = readJef(jefFile(layoutWithColorChanges(5, 1)));
-    EXPECT_FALSE(read.ok);
-    EXPECT_EQ(read.error.code, 24);
-    EXPECT_EQ(read.error.recoverySuggestion, "Unable to import JEF file (color changes).");
-    EXPECT_EQ(read.design.threads().size(), 5u);
-    EXPECT_EQ(read.design.stitches().size(), 2u);
-}
-
-TEST(JefReader, NoHeaderColoursLeaveNothingToCopy) {
-    for (std::size_t colorChanges : {0, 2}) {
-        const auto read = readJef(jefFile(layoutWithColorChanges(0, colorChanges)));
-        EXPECT_FALSE(read.ok);
-        EXPECT_EQ(read.error.code, 24);
+TEST(JefReader, MoreHeaderColoursThanBlocksOrNoneToCopyFails) {
+    for (auto [headerColors, colorChanges] : {std::pair{5, 1}, {0, 0}, {0, 2}}) {
+        SCOPED_TRACE(testing::Message()
+                     << headerColors << " colours, " << colorChanges << " changes");
+        const auto read = readJef(jefFile(layoutWithColorChanges(headerColors, colorChanges)));
+        expectFailure(read, 24, "Unable to import JEF file (color changes).");
+        EXPECT_EQ(read.design.threads().size(), std::size_t(headerColors));
+        EXPECT_EQ(read.design.stitches().size(), std::size_t(colorChanges + 1));
     }
 }
 
-TEST(JefReader, LoneFinalByteIsNotRead) {
-    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
-    layout.stitches = {0x01, 0x02, 0x03, 0x04, 0x05};
-    const auto read = readJef(jefFile(layout));
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.stitches().size(), 2u);
-    EXPECT_EQ(read.design.stitches()[1], HMKStitch(3, 4, false, false));
-}
-
-TEST(JefReader, TruncatedControlRecordEndsReadingWithoutError) {
-    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
-    layout.stitches = {0x01, 0x02, 0x80, 0x02, 0x05};
-    const auto read = readJef(jefFile(layout));
-    ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.stitches().size(), 1u);
-}
-
 TEST(JefReader, BoundsFollowTheRunningPosition) {
-    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
-    layout.stitches = {0x0A, 0x05, 0x80, 0x02, 0xEC, 0x00, 0x80, 0x10};
-    const auto read = readJef(jefFile(layout));
+    const auto read =
+        readJef(jefFile(layoutWithStitches({0x0A, 0x05, 0x80, 0x02, 0xEC, 0x00, 0x80, 0x10})));
     ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.xMin(), -10);
-    EXPECT_EQ(read.design.xMax(), 10);
-    EXPECT_EQ(read.design.yMin(), 5);
-    EXPECT_EQ(read.design.yMax(), 5);
+    EXPECT_EQ(boundsOf(read.design), (Bounds{-10, 5, 10, 5}));
 }
 
-TEST(JpxReader, ReadsItsOwnHeaderLayout) {
+TEST(JpxReader, ReadsItsOwnHeaderLayoutAndAcceptsAColourMismatch) {
     JanomeFileLayout layout = layoutWithColorChanges(2, 1);
     layout.version = 2;
     layout.hoopCode = 1;
@@ -231,19 +187,17 @@ TEST(JpxReader, ReadsItsOwnHeaderLayout) {
     ASSERT_EQ(read.design.threads().size(), 2u);
     EXPECT_EQ(read.design.threads()[1].tension, 11);
     EXPECT_EQ(read.design.stitches().size(), 2u);
-}
 
-TEST(JpxReader, ColourMismatchIsAccepted) {
-    const auto read = readJpx(jpxFile(layoutWithColorChanges(5, 1)));
-    ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.threads().size(), 5u);
+    const auto mismatch = readJpx(jpxFile(layoutWithColorChanges(5, 1)));
+    ASSERT_TRUE(mismatch.ok);
+    EXPECT_EQ(mismatch.design.threads().size(), 5u);
 }
 
 TEST(JpxReader, HeaderFailures) {
     Bytes shortColorTable = jpxFile(layoutWithColorChanges(1, 0));
-    putLe32(shortColorTable, 32, 100);
+    putLe(shortColorTable, 32, 100);
     Bytes badOffset = jpxFile(layoutWithColorChanges(1, 0));
-    putLe32(badOffset, 0, -4);
+    putLe(badOffset, 0, -4);
     const std::tuple<Bytes, int, std::string_view> cases[] = {
         {Bytes(119, 0), 210, "Unable to import JPX file (no meta data)."},
         {shortColorTable, 211, "Unable to import JPX file (no color codes)."},
@@ -251,17 +205,13 @@ TEST(JpxReader, HeaderFailures) {
     };
     for (const auto& [bytes, code, text] : cases) {
         const auto read = readJpx(bytes);
-        EXPECT_FALSE(read.ok);
+        expectFailure(read, code, text);
         EXPECT_EQ(read.design.designType(), "JPX");
-        EXPECT_EQ(read.error.code, code);
-        EXPECT_EQ(read.error.recoverySuggestion, text);
     }
 }
 
 TEST(JpxReader, TruncatedControlRecordIsSuccess) {
-    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
-    layout.stitches = {0x01, 0x02, 0x80, 0x01};
-    const auto read = readJpx(jpxFile(layout));
+    const auto read = readJpx(jpxFile(layoutWithStitches({0x01, 0x02, 0x80, 0x01})));
     ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.stitches().size(), 1u);
+    EXPECT_EQ(read.design.stitches(), Stitches{plain(1, 2)});
 }

@@ -1,42 +1,99 @@
 // Builders for the small files the reader tests decode, laid out byte by byte from the format
-// tables, and a scratch folder for tests that go through the file system.
+// tables, a scratch folder for tests that go through the file system, and short ways to state
+// what a reader should have made of a file.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <ostream>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "model/design.h"
+#include "model/error.h"
 
 using Bytes = std::vector<std::uint8_t>;
+using Stitches = std::vector<HMKStitch>;
+using Bounds = std::array<float, 4>;  // xMin, yMin, xMax, yMax
 
+inline void PrintTo(const HMKStitch& stitch, std::ostream* out) {
+    *out << stitch.description();
+}
+
+inline HMKStitch plain(float dx, float dy) {
+    return HMKStitch(dx, dy, false, false);
+}
+inline HMKStitch jump(float dx, float dy) {
+    return HMKStitch(dx, dy, true, false);
+}
+inline HMKStitch change(float dx, float dy, bool isJump = false) {
+    return HMKStitch(dx, dy, isJump, true);
+}
+
+// One letter per stitch: S(titch), J(ump), C(olour change), X (colour change flagged as jump).
+inline std::string kindsOf(const Stitches& stitches) {
+    std::string kinds;
+    for (const auto& stitch : stitches)
+        kinds += "SJCX"[stitch.isJumpStitch + 2 * stitch.isColorChange];
+    return kinds;
+}
+
+inline Bounds boundsOf(const HMKDesign& design) {
+    return {design.xMin(), design.yMin(), design.xMax(), design.yMax()};
+}
+
+// --- Bytes -----------------------------------------------------------------------------------
 inline void appendBytes(Bytes& bytes, std::initializer_list<std::uint8_t> more) {
     bytes.insert(bytes.end(), more);
 }
-inline void appendBytes(Bytes& bytes, const Bytes& more) {
-    bytes.insert(bytes.end(), more.begin(), more.end());
+inline void putLe(Bytes& bytes, std::size_t offset, std::int64_t value, std::size_t width = 4) {
+    for (std::size_t i = 0; i < width; ++i)
+        bytes[offset + i] = static_cast<std::uint8_t>(static_cast<std::uint64_t>(value) >> 8 * i);
 }
-inline void appendText(Bytes& bytes, std::string_view text) {
-    bytes.insert(bytes.end(), text.begin(), text.end());
-}
-inline void putLe16(Bytes& bytes, std::size_t offset, std::int32_t value) {
-    bytes[offset] = static_cast<std::uint8_t>(value);
-    bytes[offset + 1] = static_cast<std::uint8_t>(value >> 8);
-}
-inline void putLe24(Bytes& bytes, std::size_t offset, std::uint32_t value) {
-    for (std::size_t i = 0; i < 3; ++i)
-        bytes[offset + i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-inline void putLe32(Bytes& bytes, std::size_t offset, std::int32_t value) {
-    for (std::size_t i = 0; i < 4; ++i) {
-        bytes[offset + i] = static_cast<std::uint8_t>(static_cast<std::uint32_t>(value) >> 8 * i);
+
+// A file's bytes, appended field by field in the order the format lays them out.
+class DesignBytes {
+public:
+    DesignBytes& bytes(const Bytes& values) {
+        data_.insert(data_.end(), values.begin(), values.end());
+        return *this;
     }
-}
+    DesignBytes& zeros(std::size_t count) { return bytes(Bytes(count, 0)); }
+    DesignBytes& padTo(std::size_t offset) { return zeros(offset - std::min(offset, size())); }
+    DesignBytes& text(std::string_view value) { return bytes(Bytes(value.begin(), value.end())); }
+    DesignBytes& u16le(std::uint32_t value) { return number(value, 2, false); }
+    DesignBytes& u24le(std::uint32_t value) { return number(value, 3, false); }
+    DesignBytes& u16be(std::uint32_t value) { return number(value, 2, true); }
+    DesignBytes& u32be(std::uint32_t value) { return number(value, 4, true); }
+    // Lengths known only at the end.
+    DesignBytes& patchU32be(std::size_t offset, std::uint32_t value) {
+        for (std::size_t i = 0; i < 4; ++i)
+            data_.at(offset + i) = static_cast<std::uint8_t>(value >> 8 * (3 - i));
+        return *this;
+    }
+    DesignBytes& truncate(std::size_t size) {
+        data_.resize(size);
+        return *this;
+    }
+    std::size_t size() const { return data_.size(); }
+    operator const Bytes&() const { return data_; }
+
+private:
+    DesignBytes& number(std::uint32_t value, std::size_t width, bool bigEndian) {
+        for (std::size_t i = 0; i < width; ++i)
+            data_.push_back(
+                static_cast<std::uint8_t>(value >> 8 * (bigEndian ? width - 1 - i : i)));
+        return *this;
+    }
+    Bytes data_;
+};
 
 // --- DST -------------------------------------------------------------------------------------
 inline constexpr std::string_view kDstAllTags =
@@ -59,64 +116,6 @@ inline Bytes dstFile(std::initializer_list<std::initializer_list<std::uint8_t>> 
     return bytes;
 }
 
-// --- PEC / PES -------------------------------------------------------------------------------
-struct PecSegmentLayout {
-    std::vector<std::uint8_t> colorIndexes = {20};
-    std::int16_t width = 0;
-    std::int16_t height = 0;
-    // Start position as two long-form coordinates (x then y).
-    Bytes start = {0x90, 0x00, 0x90, 0x00};
-    // Stitch records after the start position, including the end byte 0xFF when wanted.
-    Bytes stitches = {0xFF};
-    std::size_t stitchOffset = 525;
-    // Bytes after the stitch data (the thumbnails).
-    std::size_t thumbnailSize = 4;
-};
-
-// A segment as it follows "LA:": label, colour list, graphic header, stitch data, thumbnails.
-// The thumbnail offset points right after the stitch data.
-inline Bytes pecSegment(const PecSegmentLayout& layout) {
-    Bytes bytes(layout.stitchOffset, 0x20);
-    const std::string_view label = "rose            ";
-    std::copy(label.begin(), label.end(), bytes.begin());
-    bytes[45] = static_cast<std::uint8_t>(layout.colorIndexes.size() - 1);
-    for (std::size_t i = 0; i < layout.colorIndexes.size(); ++i) {
-        bytes[46 + i] = layout.colorIndexes[i];
-    }
-    for (std::size_t offset = 509; offset < layout.stitchOffset; ++offset)
-        bytes[offset] = 0;
-    putLe16(bytes, 517, layout.width);
-    putLe16(bytes, 519, layout.height);
-    appendBytes(bytes, layout.start);
-    appendBytes(bytes, layout.stitches);
-    putLe24(bytes, 511, static_cast<std::uint32_t>(bytes.size() - 509));
-    bytes.resize(bytes.size() + layout.thumbnailSize, 0x00);
-    return bytes;
-}
-
-inline Bytes pecFile(const Bytes& segment, std::string_view magicAndVersion = "#PEC0001") {
-    Bytes bytes;
-    appendText(bytes, magicAndVersion);
-    appendText(bytes, "LA:");
-    appendBytes(bytes, segment);
-    return bytes;
-}
-
-// "#PES", the version digits, a small PES header (the PEC offset, then headerRest), then the
-// PEC section.
-inline Bytes pesFile(const Bytes& segment, std::string_view versionDigits = "0001",
-                     const Bytes& headerRest = {0x01, 0x00, 0x00, 0x00}) {
-    Bytes bytes;
-    appendText(bytes, "#PES");
-    appendText(bytes, versionDigits);
-    appendBytes(bytes, {0x00, 0x00, 0x00, 0x00});
-    appendBytes(bytes, headerRest);
-    putLe32(bytes, 8, static_cast<std::int32_t>(bytes.size()));
-    appendText(bytes, "LA:");
-    appendBytes(bytes, segment);
-    return bytes;
-}
-
 // --- JEF / JPX -------------------------------------------------------------------------------
 struct JanomeFileLayout {
     std::vector<std::int32_t> colorCodes = {2};
@@ -126,45 +125,34 @@ struct JanomeFileLayout {
     std::int32_t hoopCode = 0;
 };
 
-// JEF: stitch offset at 0, version at 4, n at 24, hoop at 32, codes at 116, tensions after.
-inline Bytes jefFile(const JanomeFileLayout& layout) {
+// Stitch offset at 0 and version at 4 in both; JEF keeps the colour count at 24, the hoop at 32
+// and the codes (then tensions) at 116, JPX at 32, 40 and 60, with stitch data from byte 120 on.
+inline Bytes janomeFile(const JanomeFileLayout& layout, bool jpx) {
     const std::size_t n = layout.colorCodes.size();
-    Bytes bytes(116 + 4 * n + 4 * layout.tensions.size(), 0);
-    putLe32(bytes, 0, static_cast<std::int32_t>(bytes.size()));
+    const std::size_t codesAt = jpx ? 60 : 116;
+    Bytes bytes(std::max<std::size_t>(jpx ? 120 : 0, codesAt + 4 * (n + layout.tensions.size())));
+    putLe(bytes, 0, static_cast<std::int64_t>(bytes.size()));
     bytes[4] = static_cast<std::uint8_t>(layout.version);
-    putLe32(bytes, 24, static_cast<std::int32_t>(n));
-    putLe32(bytes, 32, layout.hoopCode);
+    putLe(bytes, jpx ? 32 : 24, static_cast<std::int64_t>(n));
+    putLe(bytes, jpx ? 40 : 32, layout.hoopCode);
     for (std::size_t i = 0; i < n; ++i)
-        putLe32(bytes, 116 + 4 * i, layout.colorCodes[i]);
-    for (std::size_t i = 0; i < layout.tensions.size(); ++i) {
-        putLe32(bytes, 116 + 4 * n + 4 * i, layout.tensions[i]);
-    }
-    appendBytes(bytes, layout.stitches);
+        putLe(bytes, codesAt + 4 * i, layout.colorCodes[i]);
+    for (std::size_t i = 0; i < layout.tensions.size(); ++i)
+        putLe(bytes, codesAt + 4 * (n + i), layout.tensions[i]);
+    bytes.insert(bytes.end(), layout.stitches.begin(), layout.stitches.end());
     return bytes;
 }
-
-// JPX: stitch offset at 0, version at 4, n at 32, hoop at 40, codes at 60, tensions after; the
-// stitch data starts no earlier than byte 120 so that the file has its meta data.
+inline Bytes jefFile(const JanomeFileLayout& layout) {
+    return janomeFile(layout, false);
+}
 inline Bytes jpxFile(const JanomeFileLayout& layout) {
-    const std::size_t n = layout.colorCodes.size();
-    Bytes bytes(std::max<std::size_t>(120, 60 + 4 * n + 4 * layout.tensions.size()), 0);
-    putLe32(bytes, 0, static_cast<std::int32_t>(bytes.size()));
-    bytes[4] = static_cast<std::uint8_t>(layout.version);
-    putLe32(bytes, 32, static_cast<std::int32_t>(n));
-    putLe32(bytes, 40, layout.hoopCode);
-    for (std::size_t i = 0; i < n; ++i)
-        putLe32(bytes, 60 + 4 * i, layout.colorCodes[i]);
-    for (std::size_t i = 0; i < layout.tensions.size(); ++i) {
-        putLe32(bytes, 60 + 4 * n + 4 * i, layout.tensions[i]);
-    }
-    appendBytes(bytes, layout.stitches);
-    return bytes;
+    return janomeFile(layout, true);
 }
 
 // --- Files -----------------------------------------------------------------------------------
 // A fresh folder under the system's temporary folder, removed with everything in it.
 class ScratchFolder {
-  public:
+public:
     ScratchFolder() {
         std::random_device random;
         path_ = std::filesystem::temp_directory_path() /
@@ -179,18 +167,47 @@ class ScratchFolder {
     ScratchFolder& operator=(const ScratchFolder&) = delete;
 
     std::filesystem::path file(std::string_view name) const { return path_ / name; }
-
+    std::filesystem::path write(std::string_view name, std::string_view bytes) const {
+        std::ofstream(file(name), std::ios::binary) << bytes;
+        return file(name);
+    }
     std::filesystem::path write(std::string_view name, const Bytes& bytes) const {
-        const auto path = file(name);
-        std::ofstream stream(path, std::ios::binary);
-        stream.write(reinterpret_cast<const char*>(bytes.data()),
-                     static_cast<std::streamsize>(bytes.size()));
-        return path;
-    }
-    std::filesystem::path write(std::string_view name, std::string_view text) const {
-        return write(name, Bytes(text.begin(), text.end()));
+        return write(name,
+                     std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
     }
 
-  private:
+private:
     std::filesystem::path path_;
 };
+
+// The outcome of reading one file into a fresh design.
+struct ReadOutcome {
+    bool ok = false;
+    HMKDesign design;
+    HMKError error;
+};
+
+// The reader failed with the design error of that code and text.
+inline void expectFailure(const ReadOutcome& read, int code, std::string_view text) {
+    EXPECT_FALSE(read.ok);
+    EXPECT_EQ(read.error.domain, kHMKDesignErrorDomain);
+    EXPECT_EQ(read.error.code, code);
+    EXPECT_EQ(read.error.recoverySuggestion, text);
+}
+
+// Reads through a reader that takes the bytes (...FromData) or, given an extension, through one
+// that takes a file (...FromURL).
+template <typename Reader>
+ReadOutcome readWith(Reader reader, const Bytes& bytes) {
+    ReadOutcome outcome;
+    outcome.ok = reader(outcome.design, bytes, &outcome.error);
+    return outcome;
+}
+using DesignReader = bool (HMKDesign::*)(const std::filesystem::path&, HMKError*);
+inline ReadOutcome readFile(DesignReader reader, const Bytes& bytes, std::string_view extension) {
+    ScratchFolder folder;
+    ReadOutcome outcome;
+    const auto path = folder.write("design." + std::string(extension), bytes);
+    outcome.ok = (outcome.design.*reader)(path, &outcome.error);
+    return outcome;
+}

@@ -12,7 +12,7 @@
 namespace {
 
 class ReaderTestPalettes : public ::testing::Environment {
-  public:
+public:
     void SetUp() override {
         root_ = std::filesystem::temp_directory_path() /
                 ("hemlark-read-palettes-" + std::to_string(std::random_device()()));
@@ -26,7 +26,7 @@ class ReaderTestPalettes : public ::testing::Environment {
         std::filesystem::remove_all(root_, ignored);
     }
 
-  private:
+private:
     void writePalette(const std::string& palette, std::initializer_list<const char*> keys) {
         const auto folder = root_ / "palettes" / (palette + ".clr");
         std::filesystem::create_directories(folder);

@@ -9,8 +9,7 @@ class ExpWriter : public WriterTest {};
 TEST_F(ExpWriter, WritesMovesAndEscapesWithoutHeaderOrEndMarker) {
     HMKDesign design = makeDesign({change(0, 0), plain(3, -4), jump(0.5f, 0.5f),
                                    change(0.5f, 0.5f, true), change(-5, 127), plain(-128, 0)},
-                                  {makeThread("1", "Undefined"), makeThread("2", "Undefined"),
-                                   makeThread("3", "Undefined"), makeThread("4", "Undefined")});
+                                  placeholderThreads(4));
     ASSERT_TRUE(design.exportExpDesignToURL(file("a.exp")));
     EXPECT_EQ(read(file("a.exp")),
               bytesOf({
@@ -21,26 +20,6 @@ TEST_F(ExpWriter, WritesMovesAndEscapesWithoutHeaderOrEndMarker) {
                   0x80, 0x01, 0x00, 0x00, 0xFB, 0x7F,              // y written as held
                   0x80, 0x00,
               }));
-}
-
-TEST_F(ExpWriter, ReplacesThreadsByPlaceholdersAndSetsTypeVersionAndHoop) {
-    HMKDesign design = makeDesign({plain(1, 1), change(0, 0)},
-                                  {makeThread("405", "Brother"), makeThread("620", "Brother")});
-    design.setDesignHoop(HMKDesign::hoops().front());
-    ASSERT_TRUE(design.exportExpDesignToURL(file("a.exp")));
-    EXPECT_EQ(design.threads()[0].key, "1");
-    EXPECT_EQ(design.threads()[1].key, "2");
-    EXPECT_EQ(design.threads()[1].palette, "Undefined");
-    EXPECT_EQ(design.designType(), "EXP");
-    EXPECT_EQ(design.designVersion(), 10);
-    EXPECT_FALSE(design.designHoop());
-}
-
-TEST_F(ExpWriter, KeepsThreadsWhenTheSideFileCarriesThem) {
-    HMKDesign design = makeDesign({plain(1, 1)}, {makeThread("405", "Brother")});
-    design.setUseThreadFile(true);
-    ASSERT_TRUE(design.exportExpDesignToURL(file("a.exp")));
-    EXPECT_EQ(design.threads()[0].key, "405");
 }
 
 }  // namespace

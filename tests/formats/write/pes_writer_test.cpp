@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 
 #include "render/raster_provider.h"
@@ -8,7 +9,7 @@
 namespace {
 
 class PesWriter : public WriterTest {
-  protected:
+protected:
     void TearDown() override {
         installRasterProvider(nullptr);
         WriterTest::TearDown();
@@ -41,9 +42,9 @@ Bytes emptyThumbnail() {
 
 Bytes tinyPecSection() {
     Bytes section = bytesOf("LA:Tiny            \r");
-    appendText(section, std::string(12, ' '));
+    append(section, bytesOf(std::string(12, ' ')));
     append(section, bytesOf({0xFF, 0x00, 0x06, 0x26}));
-    appendText(section, std::string(12, ' '));
+    append(section, bytesOf(std::string(12, ' ')));
     append(section, bytesOf({0x01, 0x02, 0x07}));  // threads - 1, codes
     section.resize(512, ' ');
     append(section, bytesOf({0x00, 0x00, 0x24, 0x00, 0x00,  // 36 bytes follow the header
@@ -64,7 +65,7 @@ TEST_F(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
     append(expected,
            bytesOf({0xB4, 0x00, 0x00,  // PEC section at 180
                     0x00, 0x00, 0x00, 0x01, 0x00, 0x01, 0x00, 0xFF, 0xFF, 0x00, 0x00, 0x07, 0x00}));
-    appendText(expected, "CEmbOne");
+    append(expected, bytesOf("CEmbOne"));
     for (int pair = 0; pair < 2; ++pair) {  // from xMin -10 and yMin 1 only
         append(expected, bytesOf({0xDE, 0x03, 0xE9, 0x03, 0xF2, 0x03, 0xE7, 0x03}));
     }
@@ -72,7 +73,7 @@ TEST_F(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
                               0, 0x80, 0x3F, 0,    0, 0x7A, 0x44, 0, 0, 0x7A, 0x44, 0x01, 0x00}));
     append(expected, bytesOf({0xF6, 0xFF, 0xFF, 0xFF, 23, 0, 4, 0}));  // xMin, -yMin, size
     append(expected, bytesOf({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF, 0, 0, 0x07, 0}));
-    appendText(expected, "CSewSeg");
+    append(expected, bytesOf("CSewSeg"));
     append(expected,
            bytesOf({
                0x00, 0x00, 0x02, 0x00, 0x01, 0x00, 0xF9, 0xFF, 0xFF, 0xFF,  // (-7, 1)
@@ -115,20 +116,17 @@ TEST_F(PesWriter, SegmentIsThePecSection) {
     EXPECT_EQ(design.exportPecSegmentToData(), tinyPecSection());
 }
 
-TEST_F(PesWriter, ColourChangesAlternateTwoAndOne) {
-    HMKDesign design = makeDesign({change(0, 0), change(0, 0), change(0, 0)},
-                                  std::vector<HMKThread>(4, makeThread("405", "Brother")));
-    Bytes section = design.exportPecSegmentToData();
-    EXPECT_EQ(slice(section, 532, 10),
-              bytesOf({0xFE, 0xB0, 0x02, 0xFE, 0xB0, 0x01, 0xFE, 0xB0, 0x02, 0xFF}));
-}
-
-TEST_F(PesWriter, JumpsUseTheLongFormAndStitchesTheShortForm) {
-    HMKDesign design = makeDesign({jump(-3, 0), plain(-3, 0), plain(63, -63), jump(2047, -2048)},
-                                  {makeThread("405", "Brother")});
-    EXPECT_EQ(
-        slice(design.exportPecSegmentToData(), 532, 13),
-        bytesOf({0x9F, 0xFD, 0x90, 0x00, 0x7D, 0x00, 0x3F, 0x3F, 0x97, 0xFF, 0x98, 0x00, 0xFF}));
+TEST_F(PesWriter, ColourChangesAlternateTwoAndOneJumpsUseTheLongFormAndStitchesTheShortForm) {
+    const std::pair<HMKDesign, Bytes> cases[] = {
+        {makeDesign({change(0, 0), change(0, 0), change(0, 0)},
+                    std::vector<HMKThread>(4, makeThread("405", "Brother"))),
+         bytesOf({0xFE, 0xB0, 0x02, 0xFE, 0xB0, 0x01, 0xFE, 0xB0, 0x02, 0xFF})},
+        {makeDesign({jump(-3, 0), plain(-3, 0), plain(63, -63), jump(2047, -2048)},
+                    {makeThread("405", "Brother")}),
+         bytesOf({0x9F, 0xFD, 0x90, 0x00, 0x7D, 0x00, 0x3F, 0x3F, 0x97, 0xFF, 0x98, 0x00, 0xFF})},
+    };
+    for (auto [design, stitchData] : cases)
+        EXPECT_EQ(slice(design.exportPecSegmentToData(), 532, stitchData.size()), stitchData);
 }
 
 TEST_F(PesWriter, UnknownBrotherKeysAreWrittenAsSixteen) {
@@ -139,63 +137,42 @@ TEST_F(PesWriter, UnknownBrotherKeysAreWrittenAsSixteen) {
     }
 }
 
-struct LimitCase {
-    float xMin, yMin, xMax, yMax;
-    std::size_t threads;
-    int code;  // 0: accepted
-};
-
 TEST_F(PesWriter, RefusesDesignsBeyondTheVersionOneLimitsInOrder) {
-    const LimitCase cases[] = {
-        {-650, -900, 650, 900, 64, 0},  {-650, -900, 651, 900, 1, 200},
-        {-650, -901, 650, 900, 1, 200}, {-651, -10, 10, 10, 1, 201},
-        {-10, -10, 651, 10, 1, 201},    {-10, -901, 10, 10, 1, 201},
-        {-10, -10, 10, 901, 1, 201},    {-10, -10, 10, 10, 65, 202},
-        {-651, -10, 651, 10, 65, 200},
-    };
-    for (const LimitCase& c : cases) {
-        std::vector<HMKStitch> stitches(c.threads - 1, change(0, 0));
-        stitches.push_back(plain(1, 1));
-        HMKDesign design =
-            makeDesign(stitches, std::vector<HMKThread>(c.threads, makeThread("405", "Brother")));
-        design.setBounds(c.xMin, c.yMin, c.xMax, c.yMax);
-        HMKError error;
-        bool written = design.exportPesDesignToURL(file("limit.pes"), &error);
-        EXPECT_EQ(written, c.code == 0) << c.xMin << " " << c.xMax << " " << c.threads;
-        if (!written) {
-            EXPECT_EQ(error.code, c.code) << c.xMin << " " << c.xMax << " " << c.threads;
-        }
-    }
-}
-
-TEST_F(PesWriter, LimitTextsAreTheDefaults) {
-    const std::pair<int, std::string> texts[] = {
+    const std::map<int, std::string> texts = {
         {200, "The design is larger than supported by PES v1.0."},
         {201, "The design needs to be centered."},
         {202, "Too many colors"},
         {203, "Too many stitches"}};
-    HMKDesign wide = makeDesign({plain(1, 1)}, {makeThread("405", "Brother")});
-    wide.setBounds(-700, 0, 700, 0);
-    HMKDesign offCentre = makeDesign({plain(1, 1)}, {makeThread("405", "Brother")});
-    offCentre.setBounds(0, 0, 700, 0);
-    HMKDesign colourful = makeDesign(std::vector<HMKStitch>(64, change(0, 0)),
-                                     std::vector<HMKThread>(65, makeThread("405", "Brother")));
-    HMKDesign busy =
-        makeDesign(std::vector<HMKStitch>(30001, plain(0, 0)), {makeThread("405", "Brother")});
-    HMKDesign* designs[] = {&wide, &offCentre, &colourful, &busy};
-    for (int i = 0; i < 4; ++i) {
+    const struct {
+        float xMin, yMin, xMax, yMax;
+        std::size_t threads, stitches;
+        int code;  // 0: accepted
+    } cases[] = {
+        {-650, -900, 650, 900, 64, 1, 0},  {-650, -900, 651, 900, 1, 1, 200},
+        {-650, -901, 650, 900, 1, 1, 200}, {-651, -10, 10, 10, 1, 1, 201},
+        {-10, -10, 651, 10, 1, 1, 201},    {-10, -901, 10, 10, 1, 1, 201},
+        {-10, -10, 10, 901, 1, 1, 201},    {-10, -10, 10, 10, 65, 1, 202},
+        {-651, -10, 651, 10, 65, 1, 200},  {0, 0, 0, 0, 1, 30000, 0},
+        {0, 0, 0, 0, 1, 30001, 203},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << c.xMin << " " << c.xMax << " " << c.threads << " " << c.stitches);
+        std::vector<HMKStitch> stitches(c.threads - 1, change(0, 0));
+        stitches.resize(stitches.size() + c.stitches, plain(0, 0));
+        HMKDesign design =
+            makeDesign(stitches, std::vector<HMKThread>(c.threads, makeThread("405", "Brother")));
+        design.setBounds(c.xMin, c.yMin, c.xMax, c.yMax);
         HMKError error;
-        EXPECT_FALSE(designs[i]->exportPesDesignToURL(file("t.pes"), &error));
-        EXPECT_EQ(error.code, texts[i].first);
-        EXPECT_EQ(error.message(), texts[i].second);
+        EXPECT_EQ(design.exportPesDesignToURL(file("limit.pes"), &error), c.code == 0);
+        if (c.code != 0)
+            expectRefusal(error, c.code, texts.at(c.code));
     }
-    busy.stitches().pop_back();
-    EXPECT_TRUE(busy.exportPesDesignToURL(file("t.pes")));
 }
 
 // Records what the writer asks for and answers with a picture of one flat colour.
 class FlatRasterProvider : public HMKRasterProvider {
-  public:
+public:
     explicit FlatRasterProvider(std::uint8_t level) : level_(level) {}
     HMKRgbaImage render(int width, int height, const HMKAffineTransform& transform,
                         const std::function<void(HMKDrawingContext&)>&) override {
@@ -212,7 +189,7 @@ class FlatRasterProvider : public HMKRasterProvider {
     int renderedWidth = 0, renderedHeight = 0, scaledWidth = 0, scaledHeight = 0;
     HMKAffineTransform renderedTransform;
 
-  private:
+private:
     HMKRgbaImage flat(int width, int height) const {
         HMKRgbaImage image{width, height, std::vector<std::uint8_t>(width * height * 4, level_)};
         for (std::size_t i = 3; i < image.rgba.size(); i += 4)
@@ -281,10 +258,6 @@ TEST_F(PesWriter, WritesOneThumbnailPerThreadAfterTheWholeDesign) {
     std::size_t sectionLength = 512 + (file[pecOffset + 514] | file[pecOffset + 515] << 8);
     EXPECT_EQ(file.size(), pecOffset + sectionLength + 4 * 228);
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(PesWriter, ConvertsThreadsToTheNearestBrotherThread) {
     HMKThread brother = HMKThread::fromPaletteKey("620", "Brother");

@@ -9,15 +9,11 @@
 
 namespace {
 
-struct NeedlePoint {
-    double x, y;
-};
-
 // The end of every stitch that is not a colour change, without repeats of the same point
 // (some formats store a colour change's move as a separate zero-length stitch), and the
 // number of colour changes.
 struct Trace {
-    std::vector<NeedlePoint> points;
+    std::vector<HMKPosition<double>> points;
     std::size_t colorChanges = 0;
 };
 
@@ -26,12 +22,11 @@ Trace traceOf(const HMKDesign& design) {
     walkStitches<double>(design.stitches(),
                          [&](std::size_t, const HMKStitch& stitch, const HMKPosition<double>&,
                              const HMKPosition<double>& end) {
-                             if (stitch.isColorChange) {
+                             if (stitch.isColorChange)
                                  ++trace.colorChanges;
-                             } else if (trace.points.empty() || trace.points.back().x != end.x ||
-                                        trace.points.back().y != end.y) {
-                                 trace.points.push_back({end.x, end.y});
-                             }
+                             else if (trace.points.empty() || trace.points.back().x != end.x ||
+                                      trace.points.back().y != end.y)
+                                 trace.points.push_back(end);
                          });
     return trace;
 }
@@ -80,7 +75,7 @@ TEST_P(RoundTrip, KeepsNeedlePositionsAndColourBlocks) {
     EXPECT_EQ(read.threads().size(), written.threads().size());
     EXPECT_EQ(actual.colorChanges, expected.colorChanges);
 
-    NeedlePoint origin{0, 0};
+    HMKPosition<double> origin{0, 0};
     if (c.startsWithItsStart) {
         ASSERT_FALSE(actual.points.empty());
         origin = actual.points.front();

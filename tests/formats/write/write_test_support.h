@@ -7,9 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,29 +18,18 @@
 using Bytes = std::vector<std::uint8_t>;
 
 inline Bytes bytesOf(std::initializer_list<int> values) {
-    Bytes bytes;
-    for (int value : values)
-        bytes.push_back(static_cast<std::uint8_t>(value));
-    return bytes;
+    return Bytes(values.begin(), values.end());
 }
-
 inline Bytes bytesOf(std::string_view text) {
     return Bytes(text.begin(), text.end());
 }
-
 inline void append(Bytes& to, const Bytes& more) {
     to.insert(to.end(), more.begin(), more.end());
 }
-
-inline void appendText(Bytes& to, std::string_view text) {
-    to.insert(to.end(), text.begin(), text.end());
-}
-
 inline Bytes slice(const Bytes& bytes, std::size_t offset, std::size_t length) {
     return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(offset),
                  bytes.begin() + static_cast<std::ptrdiff_t>(offset + length));
 }
-
 inline std::int32_t le32At(const Bytes& bytes, std::size_t offset) {
     return static_cast<std::int32_t>(bytes[offset] | bytes[offset + 1] << 8 |
                                      bytes[offset + 2] << 16 |
@@ -52,6 +39,9 @@ inline std::int32_t le32At(const Bytes& bytes, std::size_t offset) {
 inline HMKThread makeThread(const std::string& key, const std::string& palette,
                             HMKColor color = HMKColor()) {
     return HMKThread(color, "Thread " + key, key, palette, palette);
+}
+inline std::vector<HMKThread> placeholderThreads(std::size_t count) {
+    return std::vector<HMKThread>(count, makeThread("1", "Undefined"));
 }
 
 // A design of the given stitches and threads with its bounds computed from the stitches.
@@ -75,9 +65,16 @@ inline HMKStitch change(float dx, float dy, bool isJump = false) {
     return HMKStitch(dx, dy, isJump, true);
 }
 
+// The writer refused with the design error of that code and text.
+inline void expectRefusal(const HMKError& error, int code, std::string_view text) {
+    EXPECT_EQ(error.domain, kHMKDesignErrorDomain);
+    EXPECT_EQ(error.code, code);
+    EXPECT_EQ(error.message(), text);
+}
+
 // A fresh scratch folder per test, removed afterwards.
 class WriterTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         std::string pattern = (std::filesystem::temp_directory_path() / "hemlark-write-XXXXXX");
         folder_ = ::mkdtemp(pattern.data());
@@ -85,22 +82,17 @@ class WriterTest : public ::testing::Test {
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
     std::filesystem::path file(const std::string& name) const { return folder_ / name; }
-
     static Bytes read(const std::filesystem::path& path) {
-        auto bytes = readWholeFile(path);
-        return bytes ? *bytes : Bytes{};
+        return readWholeFile(path).value_or(Bytes{});
     }
-
     static void writeExisting(const std::filesystem::path& path, const Bytes& bytes) {
         ASSERT_TRUE(writeFileAtomically(path, bytes));
     }
-
     // The names in the scratch folder, to show that no temporary file was left behind.
     std::vector<std::string> folderContents() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder_))
             names.push_back(entry.path().filename().string());
-        }
         std::sort(names.begin(), names.end());
         return names;
     }
