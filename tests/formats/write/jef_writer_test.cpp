@@ -75,10 +75,8 @@ TEST_F(JefWriter, FirstCodeOfAKeyIsWrittenAndUnknownKeysBecomeTwentyThree) {
 }
 
 TEST_F(JefWriter, ConvertsThreadsToTheNearestJanomeThread) {
+    installTestPalettes();
     HMKThread janome = HMKThread::fromPaletteKey("208", "Janome");
-    if (HMKThread probe; !probe.changeToColor(HMKColor(), "Janome")) {
-        GTEST_SKIP() << "the Janome palette file is not installed";
-    }
     for (bool useThreadFile : {false, true}) {
         HMKThread individual = makeThread("", "", janome.color);
         HMKDesign design = makeDesign({plain(1, 1)}, {individual});

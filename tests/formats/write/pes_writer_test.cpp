@@ -260,10 +260,8 @@ TEST_F(PesWriter, WritesOneThumbnailPerThreadAfterTheWholeDesign) {
 }
 
 TEST_F(PesWriter, ConvertsThreadsToTheNearestBrotherThread) {
+    installTestPalettes();
     HMKThread brother = HMKThread::fromPaletteKey("620", "Brother");
-    if (HMKThread probe; !probe.changeToColor(HMKColor(), "Brother")) {
-        GTEST_SKIP() << "the Brother palette file is not installed";
-    }
     for (bool useThreadFile : {false, true}) {
         HMKDesign design = makeDesign({plain(1, 1)}, {makeThread("", "", brother.color)});
         design.setUseThreadFile(useThreadFile);

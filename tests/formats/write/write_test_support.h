@@ -14,6 +14,7 @@
 
 #include "formats/file_io.h"
 #include "model/design.h"
+#include "model/resources.h"
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -79,7 +80,12 @@ protected:
         std::string pattern = (std::filesystem::temp_directory_path() / "hemlark-write-XXXXXX");
         folder_ = ::mkdtemp(pattern.data());
     }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
+    void TearDown() override {
+        if (palettesInstalled_) {
+            setResourceOverrideDirectory(std::nullopt);
+        }
+        std::filesystem::remove_all(folder_);
+    }
 
     std::filesystem::path file(const std::string& name) const { return folder_ / name; }
     static Bytes read(const std::filesystem::path& path) {
@@ -97,5 +103,26 @@ protected:
         return names;
     }
 
+    // Installs small "Brother" and "Janome" palettes (three threads each, distinct reds) in the
+    // scratch folder for the rest of the test, so thread conversion has something to match.
+    void installTestPalettes() {
+        const auto root = folder_ / "resources";
+        for (const auto& [palette, keys] :
+             {std::pair<std::string, std::vector<std::string>>{"Brother", {"005", "620", "007"}},
+              {"Janome", {"001", "208", "220"}}}) {
+            const auto dir = root / "palettes" / (palette + ".clr");
+            std::filesystem::create_directories(dir);
+            std::string text = "header\n";
+            for (std::size_t i = 0; i < keys.size(); ++i) {
+                text += std::to_string(i + 1) + " 0." + std::to_string(i + 1) + " 0.5 0.5 0 " +
+                        keys[i] + "\n";
+            }
+            writeExisting(dir / (palette + ".clr"), Bytes(text.begin(), text.end()));
+        }
+        setResourceOverrideDirectory(root);
+        palettesInstalled_ = true;
+    }
+
     std::filesystem::path folder_;
+    bool palettesInstalled_ = false;
 };
