@@ -6,16 +6,16 @@
 
 namespace {
 
-std::string numberText(const std::string& spec, char conversion, double value) {
+std::string numberText(const std::string& flags, char conversion, double value) {
     char buffer[128];
-    std::string pattern = "%" + spec + conversion;
+    std::string pattern = "%" + flags + conversion;
     std::snprintf(buffer, sizeof buffer, pattern.c_str(), value);
     return buffer;
 }
 
-std::string integerText(const std::string& spec, long long value) {
+std::string integerText(const std::string& flags, long long value) {
     char buffer[128];
-    std::string pattern = "%" + spec + "lld";
+    std::string pattern = "%" + flags + "lld";
     std::snprintf(buffer, sizeof buffer, pattern.c_str(), value);
     return buffer;
 }
@@ -84,10 +84,10 @@ std::string formatText(std::string_view format, std::initializer_list<TextArg> a
             positional = true;
             j = k + 1;
         }
-        std::string spec;
+        std::string flags;
         while (j < format.size() &&
                std::string_view("-+ #0123456789.").find(format[j]) != std::string_view::npos) {
-            spec += format[j++];
+            flags += format[j++];
         }
         // Length modifiers carry no meaning here.
         while (j < format.size() && (format[j] == 'l' || format[j] == 'h' || format[j] == 'q')) {
@@ -109,13 +109,13 @@ std::string formatText(std::string_view format, std::initializer_list<TextArg> a
             case 'd':
             case 'u':
                 if (arg)
-                    out += integerText(spec, asInteger(*arg));
+                    out += integerText(flags, asInteger(*arg));
                 break;
             case 'f':
             case 'g':
             case 'e':
                 if (arg)
-                    out += numberText(spec, conversion, asDouble(*arg));
+                    out += numberText(flags, conversion, asDouble(*arg));
                 break;
             default:
                 out += format.substr(i, j - i + 1);
