@@ -74,6 +74,5 @@ bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
 bool HMKDesign::importExpDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     // An unreadable file counts as empty: it then holds no stitches, which the caller rejects.
-    auto bytes = readWholeFile(url).value_or(std::vector<std::uint8_t>{});
-    return importExpDesignFromData(*this, bytes, error);
+    return importExpDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
 }

@@ -90,6 +90,5 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
 bool HMKDesign::importKsmDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     // An unreadable file counts as empty and so fails as too small.
-    auto bytes = readWholeFile(url).value_or(std::vector<std::uint8_t>{});
-    return importKsmDesignFromData(*this, bytes, error);
+    return importKsmDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
 }

@@ -209,6 +209,5 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
 bool HMKDesign::importPcxDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     // An unreadable file counts as empty and so fails as too small.
-    auto bytes = readWholeFile(url).value_or(std::vector<std::uint8_t>{});
-    return importPcxDesignFromData(*this, bytes, error);
+    return importPcxDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
 }

@@ -15,6 +15,7 @@
 
 #include "model/design.h"
 #include "model/error.h"
+#include "model/placeholder_threads.h"
 
 // Tajima DST.
 bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
@@ -57,26 +58,6 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
                              HMKError* error = nullptr);
 
 // --- Shared by the readers ---------------------------------------------------------------
-// Formats that carry no thread colours cycle through placeholder threads "1" to "20" of the
-// "Undefined" palette: each new thread is keyed (thread count modulo 20) + 1. Each of the 20
-// is built once per read, since a file may change colour on every record and every build
-// looks the palette up.
-inline constexpr std::size_t kPlaceholderThreadCycle = 20;
-
-class HMKPlaceholderThreads {
-public:
-    void appendTo(HMKDesign& design) {
-        auto& thread = threads_[design.threads().size() % kPlaceholderThreadCycle];
-        if (!thread) {
-            std::size_t key = design.threads().size() % kPlaceholderThreadCycle + 1;
-            thread = HMKThread::fromPaletteKey(std::to_string(key), kUndefinedPalette);
-        }
-        design.threads().push_back(*thread);
-    }
-
-private:
-    std::array<std::optional<HMKThread>, kPlaceholderThreadCycle> threads_;
-};
 
 // Appends decoded stitches while keeping the running needle position, summed in single
 // precision like the bounds, and widening the bounds after every record: jumps and colour

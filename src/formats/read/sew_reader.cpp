@@ -102,6 +102,5 @@ bool importSewDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
 bool HMKDesign::importSewDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     // An unreadable file counts as empty and so fails as too small.
-    auto bytes = readWholeFile(url).value_or(std::vector<std::uint8_t>{});
-    return importSewDesignFromData(*this, bytes, error);
+    return importSewDesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
 }

@@ -205,6 +205,5 @@ bool importVp3DesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
 bool HMKDesign::importVp3DesignFromURL(const std::filesystem::path& url, HMKError* error) {
     // An unreadable file counts as empty and so fails for its missing header.
-    auto bytes = readWholeFile(url).value_or(std::vector<std::uint8_t>{});
-    return importVp3DesignFromData(*this, bytes, error);
+    return importVp3DesignFromData(*this, bytesOrNone(readWholeFile(url)), error);
 }

@@ -1,5 +1,7 @@
 #include "formats/write/writer_support.h"
 
+#include "model/placeholder_threads.h"
+
 namespace {
 
 // Converts UTF-8 to one byte per character, replacing characters above limit.
@@ -49,14 +51,11 @@ HMKVendorThreads convertThreadsToVendor(const std::vector<HMKThread>& threads,
 }
 
 std::vector<HMKThread> undefinedPlaceholderThreads(std::size_t count) {
-    // The keys the readers of colourless formats generate, so the design in memory matches
-    // what the file holds.
-    constexpr std::size_t kPlaceholderKeyCycle = 20;
+    HMKPlaceholderThreads placeholders;
     std::vector<HMKThread> threads;
     threads.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        threads.push_back(HMKThread::fromPaletteKey(std::to_string(i % kPlaceholderKeyCycle + 1),
-                                                    kUndefinedPalette));
+        threads.push_back(placeholders.thread(i));
     }
     return threads;
 }
