@@ -19,9 +19,13 @@ public:
     void bytes(std::initializer_list<std::uint8_t> values) {
         bytes_.insert(bytes_.end(), values.begin(), values.end());
     }
-    void repeat(std::uint8_t value, std::size_t count);
+    void repeat(std::uint8_t value, std::size_t count) {
+        bytes_.insert(bytes_.end(), count, value);
+    }
     // One byte per character; callers convert the text to the file's one-byte encoding first.
-    void text(std::string_view characters);
+    void text(std::string_view characters) {
+        bytes_.insert(bytes_.end(), characters.begin(), characters.end());
+    }
     void le16(std::int32_t value) { appendLittleEndian(static_cast<std::uint32_t>(value), 2); }
     void le24(std::uint32_t value) { appendLittleEndian(value, 3); }
     void le32(std::int32_t value) { appendLittleEndian(static_cast<std::uint32_t>(value), 4); }
