@@ -9,9 +9,8 @@ constexpr double kTieLength = 8;
 
 }  // namespace
 
-void DesignBuilder::beginThread(int red, int green, int blue) {
-    HMKThread thread;
-    thread.changeToColor(HMKColor(red / 255.0, green / 255.0, blue / 255.0), "");
+void DesignBuilder::beginThread(const std::string& janomeKey) {
+    const HMKThread thread = HMKThread::fromPaletteKey(janomeKey, "Janome");
     if (!design_.threads().empty()) {
         colorChangePending_ = true;
     }

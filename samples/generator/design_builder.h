@@ -32,8 +32,10 @@ inline SamplePoint polar(double radius, double radians) {
 
 class DesignBuilder {
 public:
-    // Starts the next colour block with an individual colour (components 0..255).
-    void beginThread(int red, int green, int blue);
+    // Starts the next colour block with a thread of the "Janome" palette, so that every format
+    // can carry its colour: JEF by its own code, the others by the nearest thread of theirs, or
+    // by the thread side file written beside DST and EXP.
+    void beginThread(const std::string& janomeKey);
     // Moves the needle without sewing.
     void jumpTo(SamplePoint point);
     void stitchTo(SamplePoint point);

@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <string_view>
 #include <utility>
 
+#include "model/color_list.h"
 #include "platform/qt_raster_provider.h"
 #include "sample_designs.h"
 
@@ -15,6 +17,10 @@ int main(int argc, char** argv) {
     }
     // The PES and PEC writers draw their thumbnails through the raster provider.
     installQtRasterProvider();
+    if (!HMKColorList::named("Janome")) {
+        std::fprintf(stderr, "hemlark-samples: the Janome thread palette is not installed\n");
+        return 1;
+    }
     const std::filesystem::path folder = argv[1];
     std::filesystem::create_directories(folder);
     const std::pair<const char*, std::function<HMKDesign()>> designs[] = {
@@ -25,10 +31,14 @@ int main(int argc, char** argv) {
         std::printf("%s: %d stitches, %zu threads, %.1f x %.1f mm\n", name,
                     original.numberOfStitches(), original.numberOfThreads(),
                     original.designWidth() / 10.0, original.designHeight() / 10.0);
-        for (const char* extension : {"dst", "pes", "pec", "jef", "exp", "pcs"}) {
+        // DST and EXP carry no colours, so they get the thread side file; they come last
+        // because saving a design without a side file removes the one at its name.
+        for (const char* extension : {"pes", "pec", "jef", "pcs", "dst", "exp"}) {
             HMKDesign design = original;
             const std::filesystem::path file = folder / (std::string(name) + "." + extension);
             design.setDesignLocation(file);
+            const std::string_view format = extension;
+            design.setUseThreadFile(format == "dst" || format == "exp");
             HMKError error;
             if (!design.exportDesignToURL(file, &error)) {
                 std::fprintf(stderr, "%s: error %d: %s\n", file.c_str(), error.code,

@@ -119,24 +119,24 @@ std::vector<SamplePoint> heartOutline(double scale, int points) {
 
 HMKDesign makeFlower() {
     DesignBuilder builder;
-    builder.beginThread(46, 125, 50);  // leaves
+    builder.beginThread("226");  // leaves: Green
     for (int i = 0; i < 4; ++i) {
         const double angle = kPi / 4 + i * kPi / 2;
         leaf(builder, polar(200, angle), polar(420, angle), 55);
     }
-    builder.beginThread(250, 250, 245);  // outer petals
+    builder.beginThread("001");  // outer petals: White
     for (int i = 0; i < 16; ++i) {
         const double angle = 2 * kPi * i / 16;
         petal(builder, polar(105, angle), polar(385, angle), 30);
     }
-    builder.beginThread(244, 143, 177);  // inner petals
+    builder.beginThread("201");  // inner petals: Pink
     for (int i = 0; i < 16; ++i) {
         const double angle = 2 * kPi * (i + 0.5) / 16;
         petal(builder, polar(100, angle), polar(270, angle), 24);
     }
-    builder.beginThread(253, 216, 53);  // centre
+    builder.beginThread("239");  // centre: Sunflower
     discFill(builder, 110, 3, 22);
-    builder.beginThread(141, 85, 36);  // border around the centre
+    builder.beginThread("214");  // border around the centre: Brown
     satinRing(builder, 100, 125);
     return builder.finish("flower");
 }
@@ -144,7 +144,7 @@ HMKDesign makeFlower() {
 HMKDesign makeHeart() {
     DesignBuilder builder;
     const std::vector<SamplePoint> outline = heartOutline(18, 720);
-    builder.beginThread(200, 16, 46);  // satin border
+    builder.beginThread("244");  // satin border: Cardinal Red
     // The satin crosses the outline at equal distances along it, square to its direction.
     const std::vector<SamplePoint> dense = heartOutline(18, 20000);
     std::vector<SamplePoint> inner, outer;
@@ -166,25 +166,36 @@ HMKDesign makeHeart() {
     builder.startRunAt(outline.front());
     builder.runAlong(outline, kUnderlayStitch);
     builder.satin(outer, inner);
-    builder.beginThread(248, 187, 208);  // inner running outline
-    const std::vector<SamplePoint> small = heartOutline(13, 360);
-    builder.startRunAt(small.front());
-    builder.runAlong(small, kRunningStitch);
+    // Smaller running outlines inside, each in a lighter colour.
+    const std::pair<const char*, double> outlines[] = {
+        {"201", 13}, {"211", 9}, {"001", 5}};  // Pink, Pale Pink, White
+    for (const auto& [key, scale] : outlines) {
+        builder.beginThread(key);
+        const std::vector<SamplePoint> small = heartOutline(scale, 360);
+        builder.startRunAt(small.front());
+        builder.runAlong(small, kRunningStitch);
+    }
     return builder.finish("heart");
 }
 
 HMKDesign makeStar() {
     DesignBuilder builder;
-    builder.beginThread(255, 193, 7);
-    std::vector<SamplePoint> corners;
-    for (int k = 0; k <= 10; ++k) {
-        const double radius = k % 2 == 0 ? 300 : 125;
-        corners.push_back(polar(radius, kPi / 2 + k * kPi / 5));
-    }
-    builder.startRunAt(corners.front());
-    // Triple running stitch: forward, back, forward along every edge.
-    for (std::size_t k = 1; k < corners.size(); ++k) {
-        builder.runAlong({corners[k - 1], corners[k], corners[k - 1], corners[k]}, kRunningStitch);
+    // Three nested stars, each in its own colour.
+    const std::pair<const char*, double> stars[] = {
+        {"239", 1.0}, {"235", 0.65}, {"207", 0.3}};  // Sunflower, Burnt Orange, Blue
+    for (const auto& [key, scale] : stars) {
+        builder.beginThread(key);
+        std::vector<SamplePoint> corners;
+        for (int k = 0; k <= 10; ++k) {
+            const double radius = (k % 2 == 0 ? 300 : 125) * scale;
+            corners.push_back(polar(radius, kPi / 2 + k * kPi / 5));
+        }
+        builder.startRunAt(corners.front());
+        // Triple running stitch: forward, back, forward along every edge.
+        for (std::size_t k = 1; k < corners.size(); ++k) {
+            builder.runAlong({corners[k - 1], corners[k], corners[k - 1], corners[k]},
+                             kRunningStitch);
+        }
     }
     return builder.finish("star");
 }

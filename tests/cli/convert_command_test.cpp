@@ -224,7 +224,7 @@ TEST_F(ConvertCommand, DesignErrorsArePassedThroughWithExitOne) {
         {{(folder_ / "star.dst").string(), "--select-all", "--flip", "v"},
          "hemlark: error 70: Unable to flip the design (invalid orientation).\n"},
         {{(folder_ / "star.dst").string(), "--recolor", "5,0,0,0"},
-         "hemlark: error 1: Thread index 5 is out of range (0 to 0).\n"},
+         "hemlark: error 1: Thread index 5 is out of range (0 to 2).\n"},
         {{(folder_ / "star.dst").string(), "--hoop", "Pfaff,99"},
          "hemlark: error 1: No Pfaff hoop has the code 99.\n"},
         {{(folder_ / "star.dst").string(), "--append", (folder_ / "none.xyz").string()},

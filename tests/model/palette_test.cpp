@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <string>
 #include <tuple>
@@ -258,13 +259,61 @@ TEST(ColorCodes, TablesHaveTheirSizesAndEdgeEntries) {
     }
 }
 
-TEST(ShippedPalettes, AreOfferedInTheirFixedOrder) {
-    auto names = HMKColorList::shippedPaletteNames();
-    ASSERT_EQ(names.size(), 15u);
-    EXPECT_EQ(names.front(), "WonderFil Splendor");
-    EXPECT_EQ(names[7], "Janome");
-    EXPECT_EQ(names[13], "Brother");
-    EXPECT_EQ(names.back(), "Ackermann Isacord");
+// The palettes shipped in resources/, as made from the thread charts by the converter.
+TEST(ShippedPalettes, LoadWholeAnswerTheCodeTablesAndMatchColours) {
+    // Lines of each chart, in the order the palettes are offered (repeated keys included).
+    const std::vector<std::pair<std::string, std::size_t>> charts = {
+        {"WonderFil Splendor", 342}, {"Sulky Rayon", 289},    {"Robison-Anton Poly", 452},
+        {"Poly-X40 Polyester", 286}, {"Marathon Rayon", 317}, {"Madeira Rayon", 357},
+        {"Madeira Polyneon", 349},   {"Janome", 79},          {"Fufu Rayon", 713},
+        {"Floriani Polyester", 286}, {"Coats Trilobal", 399}, {"Coats Rayon", 500},
+        {"Brother Country", 61},     {"Brother", 64},         {"Ackermann Isacord", 398}};
+    std::vector<std::string> offered;
+    for (const auto& [name, lines] : charts) {
+        offered.push_back(name);
+        auto palette = HMKColorList::named(name);
+        ASSERT_NE(palette, nullptr) << name;
+        EXPECT_EQ(palette->allSortedKeys().size(), lines) << name;
+    }
+    EXPECT_EQ(HMKColorList::shippedPaletteNames(), offered);
+
+    const std::pair<std::map<std::int32_t, std::string>, std::string> codeTables[] = {
+        {HMKDesign::janomeColorCodes(), "Janome"},
+        {HMKDesign::brotherColorCodes(), "Brother"},
+        {HMKDesign::brotherReadColorCodes(), "Brother"}};
+    for (const auto& [codes, palette] : codeTables) {
+        for (const auto& [index, key] : codes) {
+            const HMKThread thread = HMKThread::fromPaletteKey(key, palette);
+            EXPECT_EQ(thread.paletteName, palette) << palette << " " << index;
+            EXPECT_NE(thread.name, "Unknown color") << palette << " " << key;
+        }
+    }
+
+    struct Match {
+        HMKColor target;
+        std::string fromPalette, intoPalette, key;
+    };
+    const Match matches[] = {
+        {HMKColor(1, 0, 0), "", "Brother", "800"},
+        {HMKColor(0, 0, 1), "", "Brother", "406"},
+        {HMKColor(0.5, 0.5, 0.5), "", "Brother", "817"},
+        {HMKColor(1, 0, 0), "", "Janome", "225"},
+        {HMKColor(0, 0.5, 0), "", "Janome", "206"},
+        {HMKColor(1, 0.5, 0), "", "Janome", "273"},
+        {HMKColor(0, 0, 1), "", "Madeira Rayon", "1076"},
+        {HMKColor(1, 1, 0), "", "Madeira Rayon", "1064"},
+        // The appliqué pseudo-colours: exact matches, yet only reachable from their own palette.
+        {HMKColor(1, 0.6, 0), "Madeira Rayon", "Brother", "214"},
+        {HMKColor(1, 0.6, 0), "Brother", "Brother", "x9"},
+        {HMKColor(1, 200 / 255.0, 200 / 255.0), "", "Brother", "124"},
+        {HMKColor(1, 200 / 255.0, 200 / 255.0), "Brother", "Brother", "x7"},
+        {HMKColor(0, 0, 0), "", "Janome", "002"},
+    };
+    for (const Match& m : matches) {
+        HMKThread thread(HMKColor(), "t", "k", m.fromPalette, m.fromPalette);
+        ASSERT_TRUE(thread.changeToColor(m.target, m.intoPalette));
+        EXPECT_EQ(thread.key, m.key) << m.intoPalette << " from '" << m.fromPalette << "'";
+    }
 }
 
 // The converter script turns thread charts into the files read above.
