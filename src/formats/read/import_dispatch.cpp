@@ -38,6 +38,11 @@ constexpr std::array<ReaderEntry, 13> kReaders = {{
 
 }  // namespace
 
+bool isDesignFileExtension(std::string_view extension) {
+    return std::any_of(kReaders.begin(), kReaders.end(),
+                       [&](const ReaderEntry& entry) { return entry.extension == extension; });
+}
+
 bool HMKDesign::importDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     setDesignName(url.filename().string());
     setDesignLocation(url);

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "formats/file_io.h"
+#include "formats/read/readers.h"
 #include "model/design.h"
 
 namespace {
@@ -263,4 +264,8 @@ bool HMKDesign::deleteThreadsFromDesign(const std::filesystem::path& url) const 
     }
     std::error_code removal;
     return std::filesystem::remove(path, removal) && !removal;
+}
+
+std::filesystem::path threadSideFilePath(const std::filesystem::path& design) {
+    return sideFilePath(design);
 }

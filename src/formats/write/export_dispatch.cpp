@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/read/readers.h"
 #include "model/design.h"
 #include "model/diagnostics.h"
 #include "model/format_text.h"
@@ -37,6 +38,27 @@ std::string describe(const HMKError* error) {
         return "";
     }
     return error->domain + " " + std::to_string(error->code) + ": " + error->message();
+}
+
+// True when a design file other than target has target's name with another extension: the
+// side file beside them ("heart.threads") belongs to that design as well ("heart.dst").
+bool sideFileIsShared(const std::filesystem::path& target) {
+    std::error_code failure;
+    // Most targets have no side file beside them; then the folder need not be listed.
+    if (!std::filesystem::exists(threadSideFilePath(target), failure)) {
+        return false;
+    }
+    const std::filesystem::path folder =
+        target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
+    for (std::filesystem::directory_iterator entry(folder, failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        const std::filesystem::path& other = entry->path();
+        if (other.stem() == target.stem() && other.filename() != target.filename() &&
+            isDesignFileExtension(lowercaseExtension(other))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -72,7 +94,7 @@ bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* er
     }
     if (useThreadFile_) {
         exportThreadsForDesign(designLocation_);
-    } else {
+    } else if (!sideFileIsShared(designLocation_)) {
         deleteThreadsFromDesign(designLocation_);
     }
     return true;
