@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <set>
 #include <system_error>
 #include <thread>
 
 #include "cli/conversion.h"
+#include "cli/input_files.h"
 #include "cli/outcome.h"
 
 std::filesystem::path batchOutputPath(const HMKBatchConversion& batch,
@@ -16,30 +18,67 @@ std::filesystem::path batchOutputPath(const HMKBatchConversion& batch,
     return batch.outputFolder ? *batch.outputFolder / name : input.parent_path() / name;
 }
 
+namespace {
+
+// Converts one input; nothing a single file does may stop the others, so even an exception
+// (memory exhausted by a huge design) ends as that file's failure.
+void convertOne(const std::filesystem::path& input, const std::filesystem::path& output,
+                const HMKEditList& edits, HMKProgress& progress) {
+    HMKWarnings warnings;
+    HMKError error;
+    bool converted = false;
+    try {
+        converted = convertDesignFile(input, output, edits, warnings, &error);
+    } catch (const std::exception& exception) {
+        error = toolError(std::string("Converting failed: ") + exception.what() + ".");
+    }
+    progress.warned(input.string(), warnings);
+    if (converted) {
+        progress.succeeded(input.string(), output.string());
+    } else {
+        progress.failed(input.string(), error);
+    }
+}
+
+}  // namespace
+
 std::size_t convertBatch(const HMKBatchConversion& batch, const HMKEditList& edits,
                          HMKProgress& progress) {
-    // Two inputs with the same stem would overwrite each other's output: only the first
-    // one is converted, the others fail (decided up front, so parallel runs agree).
+    // Decided up front, so parallel runs agree: two inputs with the same stem would overwrite
+    // each other's output, so only the first one is converted; and no output may replace an
+    // input, which another worker may be reading.
+    HMKInputFiles inputFiles;
+    for (const std::filesystem::path& input : batch.inputs) {
+        inputFiles.add(input);
+    }
+    for (const HMKEdit& edit : edits) {
+        if (!edit.appendedFile.empty()) {
+            inputFiles.add(edit.appendedFile);
+        }
+    }
     std::vector<std::filesystem::path> outputs;
-    std::vector<bool> duplicate;
+    std::vector<std::optional<HMKError>> refusals;
     std::set<std::filesystem::path> seen;
     for (const std::filesystem::path& input : batch.inputs) {
         outputs.push_back(batchOutputPath(batch, input));
-        duplicate.push_back(!seen.insert(outputs.back().lexically_normal()).second);
+        HMKError refusal;
+        if (!seen.insert(outputs.back().lexically_normal()).second) {
+            refusals.push_back(toolError("Another input is already converted to " +
+                                         outputs.back().string() + "."));
+        } else if (!inputFiles.mayWrite(outputs.back(), input, batch.inPlace, &refusal)) {
+            refusals.push_back(refusal);
+        } else {
+            refusals.push_back(std::nullopt);
+        }
     }
 
     std::atomic<std::size_t> next = 0;
     auto work = [&] {
         for (std::size_t i = next++; i < batch.inputs.size(); i = next++) {
-            const std::string input = batch.inputs[i].string();
-            HMKError error;
-            if (duplicate[i]) {
-                progress.failed(input, toolError("Another input is already converted to " +
-                                                 outputs[i].string() + "."));
-            } else if (convertDesignFile(batch.inputs[i], outputs[i], edits, &error)) {
-                progress.succeeded(input, outputs[i].string());
+            if (refusals[i]) {
+                progress.failed(batch.inputs[i].string(), *refusals[i]);
             } else {
-                progress.failed(input, error);
+                convertOne(batch.inputs[i], outputs[i], edits, progress);
             }
         }
     };

@@ -12,12 +12,14 @@
 
 struct HMKBatchConversion {
     std::vector<std::filesystem::path> inputs;
-    // The target extension without the dot ("pes", "json").
+    // The target extension without the dot, lower-case ("pes", "json").
     std::string format;
     // Where the outputs go; beside each input when none.
     std::optional<std::filesystem::path> outputFolder;
     // Parallel workers; at least 1.
     unsigned jobs = 1;
+    // An output may replace its own input (never another input).
+    bool inPlace = false;
 };
 
 // The output for one input: its stem with the new extension, in the folder or beside it.

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cli/edits.h"
+#include "cli/outcome.h"
 #include "model/error.h"
 
 // True for outputs that get the JSON dump instead of an export (".json", any case).
@@ -13,5 +14,7 @@ bool isJsonDumpPath(const std::filesystem::path& output);
 
 // Imports input, applies the edits, sets the design's location to output (as saving does,
 // so the thread side file is written or removed beside the output) and exports it there.
+// Adds what the user should know although it worked (a file cut short, an edit without a
+// selection, colours that could not be matched, a side file kept for another design).
 bool convertDesignFile(const std::filesystem::path& input, const std::filesystem::path& output,
-                       const HMKEditList& edits, HMKError* error);
+                       const HMKEditList& edits, HMKWarnings& warnings, HMKError* error);

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <iostream>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -11,7 +10,10 @@
 #include "cli/commands.h"
 #include "cli/conversion.h"
 #include "cli/diagnostics.h"
+#include "cli/input_files.h"
 #include "cli/outcome.h"
+#include "cli/output_formats.h"
+#include "formats/file_io.h"
 
 namespace {
 
@@ -19,15 +21,29 @@ struct ConvertOptions {
     std::vector<std::string> files;
     std::string format;
     std::string outputFolder;
-    unsigned jobs = 1;
+    int jobs = 1;
+    bool inPlace = false;
     HMKEditList edits;
 };
 
 int runSingle(const ConvertOptions& options) {
+    const std::filesystem::path input = options.files[0];
+    const std::filesystem::path output = options.files[1];
+    HMKInputFiles inputFiles;
+    inputFiles.add(input);
+    for (const HMKEdit& edit : options.edits) {
+        if (!edit.appendedFile.empty()) {
+            inputFiles.add(edit.appendedFile);
+        }
+    }
     HMKError error;
-    if (!convertDesignFile(options.files[0], options.files[1], options.edits, &error)) {
+    HMKWarnings warnings;
+    const bool converted = inputFiles.mayWrite(output, input, options.inPlace, &error) &&
+                           convertDesignFile(input, output, options.edits, warnings, &error);
+    printWarnings(input.string(), warnings);
+    if (!converted) {
         printError(error);
-        return kExitFailure;
+        return exitCodeFor(error);
     }
     return kExitSuccess;
 }
@@ -35,12 +51,11 @@ int runSingle(const ConvertOptions& options) {
 int runBatch(const ConvertOptions& options) {
     HMKBatchConversion batch;
     batch.inputs.assign(options.files.begin(), options.files.end());
-    batch.format = options.format;
-    if (!batch.format.empty() && batch.format.front() == '.') {
-        batch.format.erase(0, 1);
-    }
-    batch.jobs =
-        options.jobs == 0 ? std::max(1u, std::thread::hardware_concurrency()) : options.jobs;
+    // Checked up front: the extension as the table spells it (lower-case, no dot).
+    batch.format = outputFormatNamed(options.format)->extension;
+    batch.jobs = options.jobs == 0 ? std::max(1u, std::thread::hardware_concurrency())
+                                   : static_cast<unsigned>(options.jobs);
+    batch.inPlace = options.inPlace;
     if (!options.outputFolder.empty()) {
         batch.outputFolder = options.outputFolder;
         std::error_code problem;
@@ -60,7 +75,31 @@ int runBatch(const ConvertOptions& options) {
         std::printf("; %zu failed", failures);
     }
     std::printf(".\n");
-    return failures == 0 ? kExitSuccess : kExitFailure;
+    return progress.exitCode();
+}
+
+// The output format is known from the command line alone, so a format that cannot be
+// written, or a hoop that the format would drop, is refused before any file is read.
+void checkOutputFormat(const std::string& option, const std::string& extension,
+                       const HMKEditList& edits) {
+    const HMKOutputFormat* format = outputFormatNamed(extension);
+    if (!format) {
+        throw CLI::ValidationError(option, "hemlark cannot write " +
+                                               (extension.empty() ? std::string("files without "
+                                                                                "an extension")
+                                                                  : "." + extension + " files") +
+                                               "; it writes " + outputFormatList());
+    }
+    for (const HMKEdit& edit : edits) {
+        if (format->isDump || edit.hoopVendor.empty() || edit.hoopVendor == format->hoopVendor) {
+            continue;
+        }
+        throw CLI::ValidationError(
+            edit.option, format->hoopVendor.empty()
+                             ? "." + std::string(format->extension) + " files record no hoop"
+                             : "." + std::string(format->extension) + " files take a " +
+                                   std::string(format->hoopVendor) + " hoop");
+    }
 }
 
 }  // namespace
@@ -87,8 +126,15 @@ HMKCommandRunner addConvertCommand(CLI::App& app) {
         ->add_option("--jobs", options->jobs,
                      "Batch mode: convert N files in parallel (0: one per processor)")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber)
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return !text.empty() && text.front() == '-' ? "must be 0 or more, got " + text
+                                                            : std::string();
+            },
+            "", "not negative"))
         ->needs(to);
+    command->add_flag("--in-place", options->inPlace,
+                      "Allow an output to replace its own input (never another input)");
     addEditOptions(*command, options->edits);
     command->footer(
         "Sizes and positions are in 0.1 mm; the hit tests use a tolerance of 0.7.\n"
@@ -96,10 +142,16 @@ HMKCommandRunner addConvertCommand(CLI::App& app) {
         "  hemlark convert samples/flower.pcs flower.jef --hoop Janome,0\n"
         "  hemlark convert in.dst out.dst --select-rect -100,-100,200,200 --rotate 45\n"
         "  hemlark convert in.pes dump.json --select-all --resize 1.5\n"
+        "  hemlark convert a.pcs both.pcs --append b.pcs --at 800,0\n"
         "  hemlark convert samples/*.jef --to dst --out-dir out --jobs 2");
     command->callback([options, to] {
-        if (to->count() == 0 && options->files.size() != 2) {
+        if (to->count() > 0) {
+            checkOutputFormat("--to", options->format, options->edits);
+        } else if (options->files.size() != 2) {
             throw CLI::ValidationError("FILE", "expects IN OUT (or several inputs with --to)");
+        } else {
+            checkOutputFormat(options->files[1], lowercaseExtension(options->files[1]),
+                              options->edits);
         }
     });
     return [options, to] { return to->count() > 0 ? runBatch(*options) : runSingle(*options); };

@@ -1,5 +1,7 @@
 #include "cli/design_json.h"
 
+#include "cli/outcome.h"
+
 namespace {
 
 // A float widened to double is exact, and nlohmann prints doubles with round-trip precision.
@@ -76,7 +78,14 @@ HMKJson designJson(const HMKDesign& design, bool withRecords) {
 }
 
 HMKJson errorJson(const HMKError& error) {
+    if (isSystemError(error)) {
+        return {{"error", {{"system", true}, {"message", error.message()}}}};
+    }
     return {{"error", {{"code", error.code}, {"message", error.message()}}}};
+}
+
+std::string jsonText(const HMKJson& json, int indent) {
+    return json.dump(indent, ' ', false, HMKJson::error_handler_t::replace);
 }
 
 std::vector<HMKStitch> stitchesFromJson(const HMKJson& records) {

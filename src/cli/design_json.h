@@ -24,8 +24,13 @@ HMKJson designJson(const HMKDesign& design, bool withRecords);
 // {name, vendor, code, width, height, round, multi, writable}
 HMKJson hoopJson(const HMKHoop& hoop);
 
-// {"error": {"code": N, "message": "..."}}
+// {"error": {"code": N, "message": "..."}}; an operating-system error has no number and says
+// so instead: {"error": {"system": true, "message": "PATH: reason"}}.
 HMKJson errorJson(const HMKError& error);
+
+// The text of json (indented when indent >= 0). Names come from file names and files, which
+// need not be UTF-8 (Latin-1 names from old USB sticks): invalid bytes become U+FFFD.
+std::string jsonText(const HMKJson& json, int indent = -1);
 
 // The stitch records of a dump, read back (flags from the bit set).
 std::vector<HMKStitch> stitchesFromJson(const HMKJson& records);

@@ -1,4 +1,5 @@
 // hemlark hoops: the hoop catalog, in its own order (the order writers search it in).
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -8,6 +9,14 @@
 
 namespace {
 
+// text padded with blanks to width characters. printf pads to a width in bytes, and sizes
+// such as "⌀ 34.0 mm" hold characters of several bytes.
+std::string padded(const std::string& text, std::size_t width) {
+    const auto characters = static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](unsigned char byte) { return (byte & 0xC0) != 0x80; }));
+    return text + std::string(width > characters ? width - characters : 0, ' ');
+}
+
 int runHoops(bool json) {
     const std::vector<HMKHoop> hoops = HMKDesign::hoops();
     if (json) {
@@ -15,7 +24,7 @@ int runHoops(bool json) {
         for (const HMKHoop& hoop : hoops) {
             list.push_back(hoopJson(hoop));
         }
-        std::printf("%s\n", list.dump(2).c_str());
+        std::printf("%s\n", jsonText(list, 2).c_str());
         return kExitSuccess;
     }
     std::printf("%-8s %-12s %5s  %-20s %s\n", "Vendor", "Name", "Code", "Size", "Notes");
@@ -27,8 +36,9 @@ int runHoops(bool json) {
             notes += "multi-position ";
         if (!hoop.isWritable())
             notes += "never chosen for writing";
-        std::printf("%-8s %-12s %5d  %-20s %s\n", hoop.vendor().c_str(), hoop.name().c_str(),
-                    hoop.code(), hoop.sizeString().c_str(), notes.c_str());
+        std::printf("%s %s %5d  %s %s\n", padded(hoop.vendor(), 8).c_str(),
+                    padded(hoop.name(), 12).c_str(), hoop.code(),
+                    padded(hoop.sizeString(), 20).c_str(), notes.c_str());
     }
     return kExitSuccess;
 }

@@ -1,10 +1,12 @@
 // hemlark info: the design's description, as the information panel shows it, or its JSON.
+#include <algorithm>
 #include <iostream>
 #include <map>
 #include <memory>
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
+#include "cli/input_files.h"
 #include "cli/outcome.h"
 #include "model/units.h"
 #include "model/user_defaults.h"
@@ -35,12 +37,22 @@ int runInfo(const InfoOptions& options) {
         const std::string& file = options.files[i];
         HMKDesign design;
         HMKError error;
-        const bool imported = design.importDesignFromURL(file, &error);
-        if (!imported) {
-            exitCode = kExitFailure;
+        HMKWarnings warnings;
+        const bool imported = readDesignFile(file, design, warnings, &error);
+        if (imported) {
+            if (auto warning = implausibleSizeWarning(design)) {
+                warnings.push_back(*warning);
+            }
+        } else {
+            exitCode = std::max(exitCode, exitCodeFor(error));
         }
+        printWarnings(file, warnings);
         if (options.json) {
-            results.push_back(imported ? designJson(design, false) : errorJson(error));
+            HMKJson result = imported ? designJson(design, false) : errorJson(error);
+            if (!warnings.empty()) {
+                result["warnings"] = warnings;
+            }
+            results.push_back(std::move(result));
         } else if (imported) {
             std::cout << (i > 0 ? "\n" : "") << design.description() << '\n';
         } else {
@@ -48,7 +60,7 @@ int runInfo(const InfoOptions& options) {
         }
     }
     if (options.json) {
-        std::cout << (several ? results : results.front()).dump(2) << '\n';
+        std::cout << jsonText(several ? results : results.front(), 2) << '\n';
     }
     return exitCode;
 }

@@ -1,6 +1,9 @@
 // The hemlark command-line tool: the design operations of the application, in batches.
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
+#include <cstdio>
+#include <exception>
 #include <vector>
 
 #include "cli/commands.h"
@@ -8,10 +11,25 @@
 #include "cli/outcome.h"
 #include "platform/qt_raster_provider.h"
 
-int main(int argc, char** argv) {
-    CLI::App app{"hemlark - inspect, edit and convert machine-embroidery designs"};
+namespace {
+
+// "hemlark: MESSAGE" and where to read more, for every command-line mistake alike.
+std::string usageMessage(const CLI::App* app, const CLI::Error& error) {
+    std::string command = app->get_name();
+    for (const CLI::App* subcommand : app->get_subcommands()) {
+        command += " " + subcommand->get_name();
+    }
+    return "hemlark: " + std::string(error.what()) + "\nRun '" + command +
+           " --help' for more information.\n";
+}
+
+int runTool(int argc, char** argv) {
+    CLI::App app{"hemlark - inspect, edit and convert machine-embroidery designs", "hemlark"};
     app.set_version_flag("--version", std::string("hemlark ") + HEMLARK_VERSION);
     app.require_subcommand(1);
+    app.failure_message(usageMessage);
+    // Options the subcommands do not know go to the tool itself, so --log may come anywhere.
+    app.fallthrough();
     std::string logFile;
     app.add_option("--log", logFile,
                    "Append the design code's diagnostic lines to FILE (default: discard them)")
@@ -30,7 +48,7 @@ int main(int argc, char** argv) {
         return app.exit(e) == 0 ? kExitSuccess : kExitUsage;
     }
     if (!divertDiagnostics(logFile)) {
-        printError(toolError("Cannot open the log " + logFile + "."));
+        printError(makePosixError(errno, logFile));
         return kExitFailure;
     }
     // The PES and PEC writers draw their thumbnails through the raster provider.
@@ -41,4 +59,18 @@ int main(int argc, char** argv) {
         }
     }
     return kExitUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Nothing may end the tool with an uncaught exception: the user gets a message and exit 1.
+    try {
+        return runTool(argc, argv);
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "hemlark: internal error: %s\n", exception.what());
+    } catch (...) {
+        std::fprintf(stderr, "hemlark: internal error\n");
+    }
+    return kExitFailure;
 }

@@ -6,6 +6,7 @@
 #include "cli/commands.h"
 #include "cli/design_json.h"
 #include "cli/outcome.h"
+#include "cli/palette_names.h"
 #include "model/color_list.h"
 #include "model/thread.h"
 
@@ -35,24 +36,29 @@ int listPalettes(bool json) {
         }
     }
     if (json) {
-        std::printf("%s\n", list.dump(2).c_str());
+        std::printf("%s\n", jsonText(list, 2).c_str());
     } else if (installed == 0) {
         std::printf("No thread palettes are installed.\n");
     }
     return kExitSuccess;
 }
 
-int listThreads(const std::string& name, bool json) {
-    auto palette = HMKColorList::named(name);
-    if (!palette) {
+int listThreads(const std::string& typedName, bool json) {
+    const std::optional<std::string> installed = installedPaletteNamed(typedName);
+    if (!installed) {
         HMKError error = makeError(140, "color palette not found");
+        if (auto nearest = nearestPaletteName(typedName)) {
+            error.recoverySuggestion += "; did you mean \"" + *nearest + "\"?";
+        }
         if (json) {
-            std::printf("%s\n", errorJson(error).dump(2).c_str());
+            std::printf("%s\n", jsonText(errorJson(error), 2).c_str());
         } else {
             printError(error);
         }
         return kExitFailure;
     }
+    const std::string& name = *installed;
+    auto palette = HMKColorList::named(name);
     HMKJson list = HMKJson::array();
     for (const auto& [key, color] : palette->entries()) {
         const std::string threadName = HMKThread::fromPaletteKey(key, name).name;
@@ -68,7 +74,7 @@ int listThreads(const std::string& name, bool json) {
         }
     }
     if (json) {
-        std::printf("%s\n", list.dump(2).c_str());
+        std::printf("%s\n", jsonText(list, 2).c_str());
     }
     return kExitSuccess;
 }
@@ -79,7 +85,7 @@ HMKCommandRunner addPalettesCommand(CLI::App& app) {
     auto options = std::make_shared<PalettesOptions>();
     CLI::App* command = app.add_subcommand(
         "palettes", "List the installed thread palettes, or the threads of one palette");
-    command->add_option("NAME", options->name, "A palette's name");
+    command->add_option("NAME", options->name, "A palette's name (any case)");
     command->add_flag("--json", options->json, "Print JSON");
     command->footer(
         "Examples:\n"

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kBarWidth = 30;
@@ -42,16 +44,28 @@ void HMKProgress::failed(const std::string& input, const HMKError& error) {
     std::lock_guard lock(mutex_);
     ++done_;
     ++failures_;
-    if (drawBar_) {
-        // Clear the bar, print the failure on its own line, then draw the bar again below it.
-        std::fprintf(stream_, "\r\033[K");
-    } else {
-        std::fprintf(stream_, "[%zu/%zu] ", done_, total_);
+    exitCode_ = std::max(exitCode_, exitCodeFor(error));
+    const std::string line = errorLine(error, input);
+    printAboveBarLocked(
+        drawBar_ ? line : "[" + std::to_string(done_) + "/" + std::to_string(total_) + "] " + line,
+        input);
+}
+
+void HMKProgress::warned(const std::string& input, const HMKWarnings& warnings) {
+    std::lock_guard lock(mutex_);
+    for (const std::string& warning : warnings) {
+        printAboveBarLocked(warningLine(input, warning), input);
     }
-    std::fprintf(stream_, "hemlark: %s: error %d: %s\n", input.c_str(), error.code,
-                 error.message().c_str());
+}
+
+void HMKProgress::printAboveBarLocked(const std::string& line, const std::string& label) {
+    // Clear the bar, print the line, then draw the bar again below it.
     if (drawBar_) {
-        drawBarLocked(input);
+        std::fputs("\r\033[K", stream_);
+    }
+    std::fputs(line.c_str(), stream_);
+    if (drawBar_) {
+        drawBarLocked(label);
     }
 }
 
@@ -66,6 +80,11 @@ void HMKProgress::finish() {
 std::size_t HMKProgress::failures() const {
     std::lock_guard lock(mutex_);
     return failures_;
+}
+
+int HMKProgress::exitCode() const {
+    std::lock_guard lock(mutex_);
+    return exitCode_;
 }
 
 void HMKProgress::drawBarLocked(const std::string& label) {

@@ -7,10 +7,14 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/edits.h"
+#include "cli/input_files.h"
 #include "cli/outcome.h"
 #include "platform/design_picture.h"
 
 namespace {
+
+constexpr std::int32_t kAllThreads = -1;
 
 struct RenderOptions {
     std::string input;
@@ -19,7 +23,7 @@ struct RenderOptions {
     bool show3D = false;
     bool showJumps = false;
     bool showStructure = false;
-    std::int32_t thread = -1;
+    std::int32_t thread = kAllThreads;
     std::optional<HMKColor> background;
 };
 
@@ -39,15 +43,18 @@ void fitPictureToDesign(const HMKDesign& design, int sizePixels, HMKPictureOptio
 int runRender(const RenderOptions& options) {
     HMKDesign design;
     HMKError error;
-    if (!design.importDesignFromURL(options.input, &error)) {
+    HMKWarnings warnings;
+    HMKInputFiles inputFiles;
+    inputFiles.add(options.input);
+    const bool ready = inputFiles.mayWrite(options.output, options.input, false, &error) &&
+                       readDesignFile(options.input, design, warnings, &error) &&
+                       (options.thread == kAllThreads ||
+                        checkThreadIndex(design, "--thread " + std::to_string(options.thread),
+                                         options.thread, &error));
+    printWarnings(options.input, warnings);
+    if (!ready) {
         printError(error);
-        return kExitFailure;
-    }
-    if (options.thread >= static_cast<std::int32_t>(design.numberOfThreads())) {
-        printError(
-            toolError("Thread index " + std::to_string(options.thread) + " is out of range (0 to " +
-                      std::to_string(static_cast<int>(design.numberOfThreads()) - 1) + ")."));
-        return kExitFailure;
+        return exitCodeFor(error);
     }
     HMKPictureOptions picture;
     fitPictureToDesign(design, options.sizePixels, picture);

@@ -59,9 +59,9 @@ TEST_F(BatchConversion, FailingFileIsReportedAndTheOthersAreStillWritten) {
     files.insert(files.begin() + 2, broken.string());
     ToolRun run = runTool(convert(files, {"--to", "jef", "--out-dir", (folder_ / "out").string()}));
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(
-        run.err.find("hemlark: " + broken.string() + ": error 10: Unknown file format (UTI).\n"),
-        std::string::npos)
+    EXPECT_NE(run.err.find("hemlark: " + broken.string() +
+                           ": error 10: Unknown file format: .xyz is not a design format.\n"),
+              std::string::npos)
         << run.err;
     EXPECT_NE(run.out.find("Converted 4 of 5 files to jef"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("1 failed"), std::string::npos) << run.out;

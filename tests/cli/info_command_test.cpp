@@ -62,8 +62,10 @@ TEST_F(InfoCommand, JsonOfSeveralFilesIsAnArrayWithErrorsInPlace) {
     ASSERT_TRUE(json.is_array());
     ASSERT_EQ(json.size(), 2u);
     EXPECT_EQ(json[0], designJson(imported(good), false));
-    EXPECT_EQ(json[1],
-              (HMKJson{{"error", {{"code", 10}, {"message", "Unknown file format (UTI)."}}}}));
+    EXPECT_EQ(json[1], (HMKJson{{"error",
+                                 {{"system", true},
+                                  {"message", (folder_ / "missing.xyz").string() +
+                                                  ": No such file or directory"}}}}));
 }
 
 TEST_F(InfoCommand, UnknownExtensionFailsWithErrorTenAsTextOrJson) {
@@ -71,11 +73,13 @@ TEST_F(InfoCommand, UnknownExtensionFailsWithErrorTenAsTextOrJson) {
     ToolRun run = runTool({"info", (folder_ / "star.xyz").string()});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "hemlark: error 10: Unknown file format (UTI).\n");
+    EXPECT_EQ(run.err, "hemlark: error 10: Unknown file format: .xyz is not a design format.\n");
     run = runTool({"info", "--json", (folder_ / "star.xyz").string()});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(HMKJson::parse(run.out),
-              (HMKJson{{"error", {{"code", 10}, {"message", "Unknown file format (UTI)."}}}}));
+              (HMKJson{{"error",
+                        {{"code", 10},
+                         {"message", "Unknown file format: .xyz is not a design format."}}}}));
 }
 
 TEST_F(InfoCommand, ReaderErrorsArePassedThrough) {

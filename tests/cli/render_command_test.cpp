@@ -41,7 +41,7 @@ TEST_F(RenderCommand, FailuresAndUsageErrors) {
         << run.err;
 
     run = runTool({"render", input.string(), (folder_ / "star.png").string(), "--thread", "99"});
-    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.exitCode, 2);
     EXPECT_NE(run.err.find("out of range"), std::string::npos) << run.err;
 
     run = runTool({"render", input.string(), (folder_ / "star.png").string(), "--background",

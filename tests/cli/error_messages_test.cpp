@@ -1,0 +1,97 @@
+// What the tool says when an input is not what it should be: the operating system's reason
+// for a file it cannot read, any file name printed whatever its bytes, and warnings for files
+// that read but look wrong.
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "cli/design_json.h"
+#include "normal_user_runner.h"
+#include "tool_runner.h"
+
+namespace {
+
+class ErrorMessages : public ToolTest {};
+
+// The file on the command line of `hemlark info`, and what the operating system says.
+struct FileCase {
+    std::filesystem::path file;
+    std::string reason;
+};
+
+void expectSystemError(const ToolRun& text, const ToolRun& json, const FileCase& c) {
+    const std::string message = c.file.string() + ": " + c.reason;
+    EXPECT_EQ(text.exitCode, 1) << c.file;
+    EXPECT_EQ(text.err, "hemlark: " + message + "\n");
+    EXPECT_EQ(json.exitCode, 1) << c.file;
+    EXPECT_EQ(HMKJson::parse(json.out),
+              (HMKJson{{"error", {{"system", true}, {"message", message}}}}));
+}
+
+}  // namespace
+
+TEST_F(ErrorMessages, InputsThatCannotBeReadGetTheSystemsReasonWithoutANumber) {
+    std::filesystem::create_directory(folder_ / "folder.dst");
+    ASSERT_EQ(::mkfifo((folder_ / "pipe.dst").c_str(), 0644), 0);
+    const std::vector<FileCase> cases = {
+        {folder_ / "missing.dst", "No such file or directory"},
+        {folder_ / "folder.dst", "Is a directory"},
+        // A FIFO once blocked the tool for good, hence the time limit.
+        {folder_ / "pipe.dst", "Not a regular file"},
+    };
+    for (const FileCase& c : cases) {
+        expectSystemError(
+            runProgram({HEMLARK_TOOL, "info", c.file.string()}, std::nullopt, 10),
+            runProgram({HEMLARK_TOOL, "info", "--json", c.file.string()}, std::nullopt, 10), c);
+    }
+}
+
+TEST_F(ErrorMessages, UnreadableInputIsPermissionDenied) {
+    const auto user = normalUser();
+    if (!user) {
+        GTEST_SKIP() << "running as root, and the user nobody cannot run the tool";
+    }
+    const FileCase locked{sample("heart.dst"), "Permission denied"};
+    std::filesystem::permissions(locked.file, std::filesystem::perms::none);
+    expectSystemError(runToolAs(*user, {"info", locked.file.string()}),
+                      runToolAs(*user, {"info", "--json", locked.file.string()}), locked);
+}
+
+TEST_F(ErrorMessages, NamesThatAreNotUtf8StillPrint) {
+    // A Latin-1 name, as old USB sticks and zip files carry them.
+    const auto design = folder_ / "caf\xe9.dst";
+    std::filesystem::copy_file(sample("heart.dst"), design);
+    ToolRun run = runTool({"info", design.string()});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.out.rfind("caf\xe9.dst (DST", 0), 0u) << run.out;
+
+    const auto dump = folder_ / "dump.json";
+    for (const ToolRun& json : {runTool({"info", "--json", design.string()}),
+                                runTool({"convert", design.string(), dump.string()})}) {
+        EXPECT_EQ(json.exitCode, 0) << json.err;
+    }
+    // JSON holds UTF-8 only: the byte that is not becomes U+FFFD.
+    EXPECT_EQ(HMKJson::parse(runTool({"info", "--json", design.string()}).out)["name"],
+              "caf\xef\xbf\xbd.dst");
+    EXPECT_EQ(HMKJson::parse(readText(dump))["name"], "caf\xef\xbf\xbd.dst");
+}
+
+TEST_F(ErrorMessages, FilesThatReadButLookWrongGetAWarning) {
+    // A DST file cut off after a few hundred records.
+    const auto cut = folder_ / "cut.dst";
+    std::ofstream(cut, std::ios::binary) << readText(sample("heart.dst")).substr(0, 1500);
+    // Bytes that the EXP reader takes for 1,000 moves of 12.7 mm to the upper right.
+    const auto huge = folder_ / "huge.exp";
+    std::ofstream(huge, std::ios::binary) << std::string(2000, '\x7f');
+    const std::vector<std::pair<std::filesystem::path, std::string>> cases = {
+        {cut, "warning: the header announces "},
+        {huge, "warning: the design measures "},
+    };
+    for (const auto& [file, warning] : cases) {
+        const ToolRun run = runTool({"info", file.string()});
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_EQ(run.err.rfind("hemlark: " + file.string() + ": " + warning, 0), 0u) << run.err;
+        const HMKJson json = HMKJson::parse(runTool({"info", "--json", file.string()}).out);
+        EXPECT_EQ(json["warnings"].size(), 1u) << file;
+    }
+}
