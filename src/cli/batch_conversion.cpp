@@ -31,6 +31,8 @@ void convertOne(const std::filesystem::path& input, const std::filesystem::path&
         converted = convertDesignFile(input, output, edits, warnings, &error);
     } catch (const std::exception& exception) {
         error = toolError(std::string("Converting failed: ") + exception.what() + ".");
+    } catch (...) {
+        error = toolError("Converting failed.");
     }
     progress.warned(input.string(), warnings);
     if (converted) {

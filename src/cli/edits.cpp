@@ -14,6 +14,8 @@
 namespace {
 
 constexpr const char* kEditGroup = "Edits (applied in the order given)";
+// Marks the edits that work on the selection, and so do nothing without one.
+constexpr bool kNeedsSelection = true;
 
 // Where appendDesign puts the appended design's origin: 1 mm right of and 1 mm below this
 // design's origin (0.1 mm units).
@@ -240,7 +242,6 @@ void addSelectionOptions(EditOptions& options) {
 }
 
 void addTransformOptions(EditOptions& options) {
-    constexpr bool kNeedsSelection = true;
     options.valued(
         "--move", "DX,DY", "Move the selection (0.1 mm units)",
         [](const std::string& text) {
@@ -291,7 +292,6 @@ void addTransformOptions(EditOptions& options) {
 }
 
 void addStitchOptions(EditOptions& options) {
-    constexpr bool kNeedsSelection = true;
     options.flag(
         "--delete", "Delete the selected stitches",
         [](HMKDesign& design, HMKError* error) { return design.deleteSelection(error); },
@@ -349,7 +349,7 @@ void addThreadOptions(EditOptions& options) {
         [](HMKDesign& design, HMKError* error) {
             return design.insertThreadBeforeSelection(error);
         },
-        true);
+        kNeedsSelection);
     options.valued("--delete-thread", "INDEX", "Merge a thread into the one before it",
                    [](const std::string& text) {
                        std::int32_t index = parseNumber<std::int32_t>("--delete-thread", text);
