@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "formats/file_io.h"
+#include "formats/pec_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/writer_support.h"
 #include "model/design.h"
@@ -39,16 +40,9 @@ constexpr std::int32_t kPesMaxStitches = 30000;
 
 // --- PEC ---------------------------------------------------------------------------------
 constexpr std::string_view kPecMagic = "#PEC0001";
-constexpr std::size_t kPecLabelNameWidth = 16;
-constexpr std::size_t kPecHeaderSize = 512;
 constexpr std::array<std::uint8_t, 4> kPecLabelMarker{0xFF, 0x00, 0x06, 0x26};
 constexpr std::array<std::uint8_t, 3> kPecGraphicsMarker{0x31, 0xFF, 0xF0};
 constexpr std::array<std::uint8_t, 4> kPecGraphicsSize{0xE0, 0x01, 0xB0, 0x01};
-constexpr std::size_t kPecFirstColorCode = 49;
-constexpr std::uint8_t kPecLongForm = 0x90;
-constexpr std::uint8_t kPecColorChangeFirst = 0xFE;
-constexpr std::uint8_t kPecColorChangeSecond = 0xB0;
-constexpr std::uint8_t kPecEnd = 0xFF;
 constexpr std::int32_t kPecUnknownThreadCode = 16;
 constexpr int kBrotherVersion = 10;
 const std::string kBrotherPalette = "Brother";
@@ -79,18 +73,9 @@ std::int32_t roundedHalfAwayFromZero(double value) {
     return static_cast<std::int32_t>(std::round(value));
 }
 
-// The long form: 0x90 with the top four bits of the 12-bit two's complement, then its low
-// eight bits.
 void appendPecLong(HMKByteWriter& out, std::int32_t value) {
-    auto twelveBits = static_cast<std::uint32_t>(value) & 0x0FFF;
-    out.bytes({static_cast<std::uint8_t>(kPecLongForm | (twelveBits >> 8)),
-               static_cast<std::uint8_t>(twelveBits & 0xFF)});
-}
-
-// The short form: seven-bit two's complement. No range check; optimizeJumpsFor("PES")
-// keeps stitches within -64 to 63.
-std::uint8_t pecShort(std::int32_t value) {
-    return static_cast<std::uint8_t>(value < 0 ? value + 128 : value);
+    const auto bytes = encodePecLong(value);
+    out.bytes({bytes[0], bytes[1]});
 }
 
 void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitches) {
@@ -100,7 +85,7 @@ void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitche
     for (const HMKStitch& stitch : stitches) {
         if (stitch.isColorChange) {
             // The third byte alternates 2, 1, 2, ...; the colour change's own move is not written.
-            out.bytes({kPecColorChangeFirst, kPecColorChangeSecond,
+            out.bytes({kPecCommand, kPecColorChange,
                        static_cast<std::uint8_t>(colorChanges % 2 == 1 ? 2 : 1)});
             ++colorChanges;
             continue;
@@ -111,16 +96,17 @@ void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitche
             appendPecLong(out, x);
             appendPecLong(out, y);
         } else {
-            out.bytes({pecShort(x), pecShort(y)});
+            // Stitches are kept within -64 to 63 by optimizeJumpsFor("PES"); not range-checked.
+            out.bytes({encodePecShort(x), encodePecShort(y)});
         }
     }
-    out.byte(kPecEnd);
+    out.byte(kPecEndOfStitches);
 }
 
 void appendPecSection(HMKByteWriter& out, const HMKDesign& design,
                       const std::vector<std::int32_t>& codes) {
     const std::size_t start = out.size();
-    out.text("LA:");
+    out.text(kPecSectionTag);
     out.text(padOrCut(toLatin1(nameWithoutExtension(design.designName())), kPecLabelNameWidth));
     out.byte(0x0D);
     out.repeat(' ', 12);
@@ -128,7 +114,7 @@ void appendPecSection(HMKByteWriter& out, const HMKDesign& design,
     out.repeat(' ', 12);
     out.byte(static_cast<std::uint8_t>(codes.size() - 1));
     // The colour list must end before the graphics header; PES allows at most 64 threads.
-    std::size_t listed = std::min(codes.size(), kPecHeaderSize - kPecFirstColorCode);
+    std::size_t listed = std::min(codes.size(), kPecHeaderSize - kPecColorListOffset);
     for (std::size_t i = 0; i < listed; ++i) {
         out.byte(static_cast<std::uint8_t>(codes[i]));
     }
