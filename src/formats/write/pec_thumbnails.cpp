@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 
 #include "model/design.h"
 #include "render/raster_provider.h"
@@ -39,7 +40,7 @@ constexpr std::array<std::array<std::uint8_t, kThumbnailBytesPerRow>, 3> kThumbn
 HMKRgbaImage thumbnailPicture(const HMKDesign& design, std::int32_t thread) {
     HMKRgbaImage picture{kThumbnailWidth, kThumbnailHeight,
                          std::vector<std::uint8_t>(kThumbnailWidth * kThumbnailHeight * 4, 0)};
-    HMKRasterProvider* provider = rasterProvider();
+    std::shared_ptr<HMKRasterProvider> provider = rasterProvider();
     if (!provider) {
         return picture;
     }
