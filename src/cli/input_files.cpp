@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "formats/dst_records.h"
 #include "formats/file_io.h"
 #include "formats/read/readers.h"
 
@@ -15,8 +16,6 @@ namespace {
 // A DST header holds "ST:" and the number of records that follow it, the end record included
 // (files from some machines count one more). The reader never needs the number; the tool only
 // compares it with the records the file holds.
-constexpr std::size_t kDstHeaderSize = 512;
-constexpr std::size_t kDstRecordSize = 3;
 constexpr std::string_view kDstRecordCountTag = "ST:";
 constexpr std::size_t kDstCountTolerance = 1;
 

@@ -110,7 +110,7 @@ TEST_F(Usage, AppendAtPutsTheAppendedDesignsOriginThere) {
 }
 
 TEST_F(Usage, HelpAndListsReadWell) {
-    for (const char* command : {"info", "convert", "render", "palettes", "hoops"}) {
+    for (const char* command : {"info", "convert", "render", "palettes", "hoops", "machines"}) {
         const ToolRun run = runTool({command, "--help"});
         EXPECT_NE(run.out.find("Usage: hemlark " + std::string(command)), std::string::npos);
         // No platform type identifiers, no method names such as "(selectAll)".

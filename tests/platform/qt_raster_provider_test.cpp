@@ -72,7 +72,7 @@ TEST(QtRasterProvider, ScalingUpKeepsAUniformColour) {
 
 TEST(QtRasterProvider, InstallingMakesItTheCoresProvider) {
     installQtRasterProvider();
-    HMKRasterProvider* provider = rasterProvider();
+    std::shared_ptr<HMKRasterProvider> provider = rasterProvider();
     ASSERT_NE(provider, nullptr);
     HMKRgbaImage image = provider->render(2, 2, {}, [](HMKDrawingContext& context) {
         fillSquare(context, {0, 0, 1, 1});
