@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <fstream>
+#include <tuple>
 
 #include "cli/design_json.h"
 #include "normal_user_runner.h"
@@ -83,14 +84,16 @@ TEST_F(ErrorMessages, FilesThatReadButLookWrongGetAWarning) {
     // Bytes that the EXP reader takes for 1,000 moves of 12.7 mm to the upper right.
     const auto huge = folder_ / "huge.exp";
     std::ofstream(huge, std::ios::binary) << std::string(2000, '\x7f');
-    const std::vector<std::pair<std::filesystem::path, std::string>> cases = {
-        {cut, "warning: the header announces "},
-        {huge, "warning: the design measures "},
+    // The file's own numbers: 988 bytes after the header hold 329 whole records.
+    const std::vector<std::tuple<std::filesystem::path, std::string, std::string>> cases = {
+        {cut, "warning: the header announces ", "records, the file holds 329;"},
+        {huge, "warning: the design measures ", "more than any hoop holds"},
     };
-    for (const auto& [file, warning] : cases) {
+    for (const auto& [file, warning, detail] : cases) {
         const ToolRun run = runTool({"info", file.string()});
         EXPECT_EQ(run.exitCode, 0) << run.err;
         EXPECT_EQ(run.err.rfind("hemlark: " + file.string() + ": " + warning, 0), 0u) << run.err;
+        EXPECT_NE(run.err.find(detail), std::string::npos) << run.err;
         const HMKJson json = HMKJson::parse(runTool({"info", "--json", file.string()}).out);
         EXPECT_EQ(json["warnings"].size(), 1u) << file;
     }

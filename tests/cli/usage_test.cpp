@@ -2,8 +2,9 @@
 // take what users type, help speaks the user's language, and the set-up script is quiet.
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <cctype>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -31,6 +32,22 @@ protected:
         return last;
     }
 };
+
+// True when a parenthesis holds a single camel-case word ("(selectAll)").
+bool namesAMethod(const std::string& text) {
+    for (std::size_t open = text.find('('); open != std::string::npos;
+         open = text.find('(', open + 1)) {
+        const std::string word = text.substr(open + 1, text.find(')', open) - open - 1);
+        if (!word.empty() && std::islower(static_cast<unsigned char>(word[0])) &&
+            std::all_of(word.begin(), word.end(),
+                        [](unsigned char c) { return std::isalpha(c); }) &&
+            std::any_of(word.begin(), word.end(),
+                        [](unsigned char c) { return std::isupper(c); })) {
+            return true;
+        }
+    }
+    return false;
+}
 
 std::size_t characterIndex(const std::string& line, const std::string& text) {
     const std::string before = line.substr(0, line.find(text));
@@ -79,7 +96,7 @@ TEST_F(Usage, OptionsTakeWhatUsersType) {
     EXPECT_EQ(readText(lower), readText(upper));
 
     // Batch outputs get lower-case extensions; --log may follow the subcommand.
-    const ToolRun run = runTool({"convert", input, "--to", "DST", "--out-dir",
+    const ToolRun run = runTool({"convert", input, "--to", ".DST", "--out-dir",
                                  (folder_ / "out").string(), "--log", (folder_ / "log").string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_TRUE(std::filesystem::exists(folder_ / "out" / "heart.dst"));
@@ -114,8 +131,8 @@ TEST_F(Usage, HelpAndListsReadWell) {
         const ToolRun run = runTool({command, "--help"});
         EXPECT_NE(run.out.find("Usage: hemlark " + std::string(command)), std::string::npos);
         // No platform type identifiers, no method names such as "(selectAll)".
-        EXPECT_FALSE(std::regex_search(run.out, std::regex(R"(UTI|\([a-z]+[A-Z]\w*\))")))
-            << run.out;
+        EXPECT_EQ(run.out.find("UTI"), std::string::npos) << run.out;
+        EXPECT_FALSE(namesAMethod(run.out)) << run.out;
     }
     // The notes column starts at the same character on every line that has notes.
     std::istringstream hoops(runTool({"hoops"}).out);
