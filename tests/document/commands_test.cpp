@@ -119,7 +119,8 @@ TEST_F(DocumentTest, AFailedCommandIsReportedAndStillUndoable) {
     EXPECT_EQ(alerts_[0].text,
               QString::fromStdString(makeError(140, "color palette not found").message()));
     EXPECT_EQ(alerts_[0].style, HMKAlertStyle::warning);
-    EXPECT_EQ(document->undoStack()->undoText(), "palette change");
+    EXPECT_EQ(std::unique_ptr<QAction>(document->createUndoAction(nullptr))->text(),
+              "Undo palette change");
     document->undo();
     expectIdentical(document->design(), before);
 }
