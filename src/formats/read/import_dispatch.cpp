@@ -38,6 +38,14 @@ constexpr std::array<ReaderEntry, 13> kReaders = {{
 
 }  // namespace
 
+std::vector<std::string> HMKDesign::importableExtensions() {
+    std::vector<std::string> extensions;
+    for (const ReaderEntry& entry : kReaders) {
+        extensions.emplace_back(entry.extension);
+    }
+    return extensions;
+}
+
 bool HMKDesign::importDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     setDesignName(url.filename().string());
     setDesignLocation(url);

@@ -41,6 +41,14 @@ std::string describe(const HMKError* error) {
 
 }  // namespace
 
+std::vector<std::string> HMKDesign::exportableExtensions() {
+    std::vector<std::string> extensions;
+    for (const HMKExportFormat& format : kExportFormats) {
+        extensions.emplace_back(format.extension);
+    }
+    return extensions;
+}
+
 bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* error) {
     if (threads_.empty()) {
         return fail(error, 13, "Unable to export embroidery file (no threads found).");
