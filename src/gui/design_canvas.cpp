@@ -18,9 +18,6 @@ namespace {
 
 constexpr double kZoomStep = 1.25;
 constexpr double kMaximumScale = 50;
-// Empty space around the design and hoop that the scroll bars still reach, as a share of
-// their size.
-constexpr double kWorldMargin = 0.1;
 // The picture covers this share of the viewport beyond each edge, so that panning blits.
 constexpr double kImageMargin = 0.5;
 // A click picks stitches within this many pixels.
@@ -167,9 +164,8 @@ HMKRect HMKDesignCanvas::fitRect() const {
 }
 
 HMKRect HMKDesignCanvas::worldRect() const {
-    const HMKRect fit = fitRect();
-    const double side = std::max(fit.width, fit.height);
-    return widened(fit, side * kWorldMargin, side * kWorldMargin);
+    // Exactly what fitting shows, so that a fitted view has no scroll bars.
+    return fitRect();
 }
 
 double HMKDesignCanvas::zoomFactor() const {
@@ -204,6 +200,10 @@ void HMKDesignCanvas::zoomOut() {
 }
 
 void HMKDesignCanvas::zoomToFit() {
+    // A design that was just opened is fitted, not the one before it.
+    if (snapshotPending_) {
+        takeSnapshot();
+    }
     const HMKRect fit = fitRect();
     const QSize page = viewport()->size();
     if (page.isEmpty()) {
@@ -258,7 +258,8 @@ void HMKDesignCanvas::updateScrollBars() {
     const auto fitAxis = [&](QScrollBar* bar, double worldStart, double worldSize, int pageSize,
                              double& center, bool yUp) {
         const double excess = worldSize * scale - pageSize;
-        const int range = excess > 0 ? static_cast<int>(std::ceil(excess)) : 0;
+        // Rounding leaves a fitted view up to a pixel short; that needs no scroll bar.
+        const int range = excess > 1 ? static_cast<int>(std::ceil(excess)) : 0;
         const double half = pageSize / 2.0 / scale;
         if (range == 0) {
             center = worldStart + (yUp ? -worldSize / 2 : worldSize / 2);
