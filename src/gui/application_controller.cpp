@@ -10,6 +10,7 @@
 #include <QUrl>
 
 #include "document/recovery.h"
+#include "formats/format_extensions.h"
 #include "gui/design_canvas.h"
 #include "gui/dialog_hooks.h"
 #include "gui/document_window.h"
@@ -22,7 +23,7 @@ constexpr char kArchiveExtension[] = "hemlark";
 
 QStringList readableExtensions() {
     QStringList extensions;
-    for (const std::string& extension : HMKDesign::importableExtensions()) {
+    for (const std::string& extension : importableExtensions()) {
         extensions.append(QString::fromStdString(extension));
     }
     extensions.append(QString::fromLatin1(kArchiveExtension));
@@ -193,7 +194,7 @@ QString HMKApplicationController::openFilter() const {
 
 QString HMKApplicationController::saveFilter() const {
     QStringList filters;
-    for (const std::string& extension : HMKDesign::exportableExtensions()) {
+    for (const std::string& extension : exportableExtensions()) {
         const QString name = QString::fromStdString(extension);
         filters.append(tr("%1 design (*.%2)").arg(name.toUpper(), name));
     }

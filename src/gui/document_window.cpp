@@ -17,6 +17,7 @@
 #include <QUndoStack>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "gui/application_controller.h"
 #include "gui/command_dialog.h"
 #include "gui/design_canvas.h"
@@ -447,7 +448,7 @@ bool HMKDocumentWindow::save() {
 bool HMKDocumentWindow::saveAs() {
     const HMKDesign& design = document_->design();
     std::filesystem::path suggested = document_->fileURL();
-    const auto writable = HMKDesign::exportableExtensions();
+    const auto writable = exportableExtensions();
     const std::string extension = lowercaseExtension(suggested);
     if (std::find(writable.begin(), writable.end(), extension) == writable.end()) {
         const std::string stem = std::filesystem::path(design.designName()).stem().string();

@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "platform/design_picture.h"
 
 namespace {
@@ -151,7 +152,7 @@ std::filesystem::path HMKInformationPanel::fileForDrag() {
     }
     // The design's own format when it can be written, else PES.
     std::string extension = lowercaseExtension(design.designLocation());
-    const auto writable = HMKDesign::exportableExtensions();
+    const auto writable = exportableExtensions();
     if (std::find(writable.begin(), writable.end(), extension) == writable.end()) {
         extension = "pes";
     }

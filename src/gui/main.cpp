@@ -49,7 +49,8 @@ int saveScreenshot(HMKApplicationController& controller, const QString& path) {
         QCoreApplication::processEvents();
     }
     window->canvas().waitForImage();
-    return window->grab().save(path) ? 0 : 1;
+    // Quality 0 asks for the strongest compression: the picture goes into the repository.
+    return window->grab().save(path, "PNG", 0) ? 0 : 1;
 }
 
 }  // namespace

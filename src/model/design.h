@@ -148,8 +148,6 @@ public:
 
     // --- Import and the thread side file -------------------------------------------------
     bool importDesignFromURL(const std::filesystem::path& url, HMKError* error = nullptr);
-    // The extensions importDesignFromURL reads (lower-case, without the dot), in dispatch order.
-    static std::vector<std::string> importableExtensions();
     bool importThreadsForDesign(const std::filesystem::path& url);
     bool exportThreadsForDesign(const std::filesystem::path& url) const;
     bool deleteThreadsFromDesign(const std::filesystem::path& url) const;
@@ -171,8 +169,6 @@ public:
 
     // --- Export --------------------------------------------------------------------------
     bool exportDesignToURL(const std::filesystem::path& url, HMKError* error = nullptr);
-    // The extensions exportDesignToURL writes (lower-case, without the dot), in dispatch order.
-    static std::vector<std::string> exportableExtensions();
     bool exportDstDesignToURL(const std::filesystem::path& url, HMKError* error = nullptr);
     bool exportPesDesignToURL(const std::filesystem::path& url, HMKError* error = nullptr);
     bool exportPecDesignToURL(const std::filesystem::path& url, HMKError* error = nullptr);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "model/design.h"
 #include "model/diagnostics.h"
 #include "model/format_text.h"
@@ -41,7 +42,7 @@ std::string describe(const HMKError* error) {
 
 }  // namespace
 
-std::vector<std::string> HMKDesign::exportableExtensions() {
+std::vector<std::string> exportableExtensions() {
     std::vector<std::string> extensions;
     for (const HMKExportFormat& format : kExportFormats) {
         extensions.emplace_back(format.extension);
