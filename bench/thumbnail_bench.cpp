@@ -26,6 +26,10 @@ bool writeDenseDesign(const std::filesystem::path& file) {
     for (int copy = 1; copy < 10; ++copy) {
         design.appendDesign(flower);
     }
+    // Saving writes (or deletes) the side file of the design's location, which still names
+    // the sample: point it at the new file, as the application does when it saves.
+    design.setDesignLocation(file);
+    design.setUseThreadFile(true);
     return design.exportDesignToURL(file);
 }
 
