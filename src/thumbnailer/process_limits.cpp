@@ -31,8 +31,8 @@ void setLimit(int resource, rlim_t value) {
     }
 }
 
-// Ends the process with a message instead of dying silently of SIGALRM.
-void deadlinePassed(int) {
+// Ends the process with a message instead of dying silently of SIGXCPU or SIGALRM.
+void timeIsUp(int) {
     static const char kMessage[] = "hemlark-thumbnailer: gave up: the design takes too long\n";
     // Only async-signal-safe calls here.
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, kMessage, sizeof kMessage - 1);
@@ -48,10 +48,13 @@ void limitThumbnailerProcess() {
         setLimit(RLIMIT_AS, kAddressSpaceBytes);
     }
     setLimit(RLIMIT_CORE, 0);
-    ::signal(SIGALRM, deadlinePassed);
-    ::alarm(kThumbnailerTimeoutSeconds);
+    ::signal(SIGXCPU, timeIsUp);
+    ::signal(SIGALRM, timeIsUp);
+    setLimit(RLIMIT_CPU, kThumbnailerProcessorSeconds);
+    ::alarm(kThumbnailerDeadlineSeconds);
 }
 
-void stopThumbnailerDeadline() {
+void stopThumbnailerTimeLimits() {
+    ::signal(SIGXCPU, SIG_IGN);
     ::alarm(0);
 }
