@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <fstream>
@@ -9,7 +10,7 @@
 
 #include "formats/dst_records.h"
 #include "formats/file_io.h"
-#include "formats/read/readers.h"
+#include "formats/format_extensions.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ bool readDesignFile(const std::filesystem::path& path, HMKDesign& design, HMKWar
         return false;
     }
     const std::string extension = lowercaseExtension(path);
-    if (!isDesignFileExtension(extension)) {
+    if (std::ranges::count(importableExtensions(), extension) == 0) {
         // The design code's own text for this code names the platform's type identifiers.
         if (error) {
             *error = makeError(10, "");

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 
@@ -38,9 +39,12 @@ constexpr std::array<ReaderEntry, 13> kReaders = {{
 
 }  // namespace
 
-bool isDesignFileExtension(std::string_view extension) {
-    return std::any_of(kReaders.begin(), kReaders.end(),
-                       [&](const ReaderEntry& entry) { return entry.extension == extension; });
+std::vector<std::string> importableExtensions() {
+    std::vector<std::string> extensions;
+    for (const ReaderEntry& entry : kReaders) {
+        extensions.emplace_back(entry.extension);
+    }
+    return extensions;
 }
 
 bool HMKDesign::importDesignFromURL(const std::filesystem::path& url, HMKError* error) {

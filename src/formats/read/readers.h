@@ -82,11 +82,7 @@ private:
     float y_ = 0;
 };
 
-// --- Design files and their side files ----------------------------------------------------
-// True when importDesignFromURL has a reader for files with this extension (lower-case,
-// without the dot: "dst", "jef+"); such files are design files.
-bool isDesignFileExtension(std::string_view extension);
-
+// --- Side files ----------------------------------------------------------------------------
 // The thread side file that belongs to a design file ("rose.dst" -> "rose.threads"), and so
 // to every design file of that name in the folder.
 std::filesystem::path threadSideFilePath(const std::filesystem::path& design);

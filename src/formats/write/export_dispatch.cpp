@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 #include "model/diagnostics.h"
@@ -50,11 +51,12 @@ bool sideFileIsShared(const std::filesystem::path& target) {
     }
     const std::filesystem::path folder =
         target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
+    const std::vector<std::string> designExtensions = importableExtensions();
     for (std::filesystem::directory_iterator entry(folder, failure), end; !failure && entry != end;
          entry.increment(failure)) {
         const std::filesystem::path& other = entry->path();
         if (other.stem() == target.stem() && other.filename() != target.filename() &&
-            isDesignFileExtension(lowercaseExtension(other))) {
+            std::ranges::count(designExtensions, lowercaseExtension(other)) > 0) {
             return true;
         }
     }
@@ -62,6 +64,14 @@ bool sideFileIsShared(const std::filesystem::path& target) {
 }
 
 }  // namespace
+
+std::vector<std::string> exportableExtensions() {
+    std::vector<std::string> extensions;
+    for (const HMKExportFormat& format : kExportFormats) {
+        extensions.emplace_back(format.extension);
+    }
+    return extensions;
+}
 
 bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* error) {
     if (threads_.empty()) {
