@@ -35,8 +35,11 @@ foreach(line IN LISTS commandLines)
 endforeach()
 string(APPEND include "
 [EXIT STATUS]
-0 on success, 1 when a design operation fails (the error is printed as
-\\fBhemlark: error N: message\\fR), 2 when the command line itself is wrong.
+0 on success; 1 when a design operation fails (printed as
+\\fBhemlark: error N: message\\fR) or the operating system refuses a file (printed as
+\\fBhemlark: PATH: reason\\fR, without a number); 2 when the command line itself is wrong
+(printed as \\fBhemlark: message\\fR). Warnings (\\fBhemlark: FILE: warning: text\\fR) do not
+change the exit status.
 
 [FILES]
 .TP
