@@ -1,6 +1,7 @@
-// Rules that several writers share: the carried rounding of relative moves, the conversion
-// of threads into a vendor's palette and code table, the placeholder threads of formats
-// without colours, and the one-byte label texts. Used by the writers in formats/write/.
+// Rules that several writers share: the finished file with its threads, the carried rounding
+// of relative moves, colour bytes, the conversion of threads into a vendor's palette and code
+// table, the placeholder threads of formats without colours, and the one-byte label texts.
+// Used by the writers in formats/write/.
 #pragma once
 
 #include <cmath>
@@ -10,7 +11,23 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/write/byte_writer.h"
+#include "formats/write/writers.h"
+#include "model/design.h"
 #include "model/thread.h"
+
+// --- The finished file ----------------------------------------------------------------------
+// The file's bytes and, for a design that takes them after the write (one whose threads no
+// side file keeps), the threads as the file holds them, made by fileThreads() only then.
+template <class FileThreads>
+HMKEncodedDesign encodedFile(HMKByteWriter& file, const HMKDesign& design,
+                             FileThreads fileThreads) {
+    HMKEncodedDesign encoded{file.take(), std::nullopt};
+    if (!design.useThreadFile()) {
+        encoded.threads = fileThreads();
+    }
+    return encoded;
+}
 
 // --- Relative moves ----------------------------------------------------------------------
 // Relative formats store whole units: each move is floored after adding what earlier moves
@@ -29,6 +46,14 @@ public:
 private:
     double carry_ = 0;
 };
+
+// --- Colours -----------------------------------------------------------------------------
+// A colour component as a byte (component x 255, truncated), clamped to 0..255 whatever the
+// component holds.
+inline std::uint8_t colorByte(double component) {
+    const double scaled = component * 255;
+    return scaled >= 255 ? 255 : scaled > 0 ? static_cast<std::uint8_t>(scaled) : 0;
+}
 
 // --- Threads -----------------------------------------------------------------------------
 // Threads as a vendor's file carries them: each converted to the vendor's palette (a copy;

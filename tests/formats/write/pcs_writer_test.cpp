@@ -67,7 +67,7 @@ TEST_F(PcsWriter, AcceptsSixteenThreadsAndFourteenThousandStitches) {
 }
 
 TEST_F(PcsWriter, RefusesSeventeenThreadsThenMoreThanFourteenThousandStitchesBeforeTheHoop) {
-    HMKDesign design = makeDesign(std::vector<HMKStitch>(20000, change(0, 0)),
+    HMKDesign design = makeDesign(std::vector<HMKStitch>(16, change(0, 0)),
                                   std::vector<HMKThread>(17, makeThread("a", "")));
     design.setBounds(-5000, -5000, 5000, 5000);  // fits no hoop
     HMKError error;
