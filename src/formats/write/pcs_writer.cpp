@@ -55,7 +55,9 @@ std::optional<HMKEncodedDesign> encodePcsDesign(HMKDesign& design, HMKError* err
                     colorByte(thread.color.blue()), 0x00});
     }
     file.repeat(0x00, 4 * (kPcsMaxColors - threads.size()));
-    file.le16(design.numberOfStitches());
+    // The stitch records that follow, colour records not counted, as readers count them; every
+    // stitch of the design has one, colour changes included.
+    file.le16(static_cast<std::int32_t>(design.stitches().size()));
     std::uint8_t colorNumber = 0;
     appendColorRecord(file, colorNumber);
 
