@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "formats/read/readers.h"
+#include "render/raster_provider.h"
 #include "write_test_support.h"
 
 namespace {
@@ -85,6 +86,36 @@ TEST_F(HostileExport, ColourComponentsOutsideTheUnitRangeAreClamped) {
     design.setDesignLocation(file("Odd.dst"));
     ASSERT_TRUE(design.exportDesignToURL(file("Odd.pcs")));
     EXPECT_EQ(slice(read(file("Odd.pcs")), 4, 4), bytesOf({0xFF, 0xFF, 0x00, 0x00}));
+}
+
+// Notes the largest raster asked for and hands back blank pictures.
+class RecordingRaster : public HMKRasterProvider {
+public:
+    HMKRgbaImage render(int width, int height, const HMKAffineTransform&,
+                        const std::function<void(HMKDrawingContext&)>&) override {
+        largestSide = std::max({largestSide, width, height});
+        return blank(1, 1);
+    }
+    HMKRgbaImage scaled(const HMKRgbaImage&, int width, int height) override {
+        return blank(width, height);
+    }
+    int largestSide = 0;
+
+private:
+    static HMKRgbaImage blank(int width, int height) {
+        return {width, height, std::vector<std::uint8_t>(4 * width * height, 0)};
+    }
+};
+
+TEST_F(HostileExport, ThumbnailsOfDesignsFarWiderThanAnyHoopAreDrawnIntoABoundedRaster) {
+    auto raster = std::make_shared<RecordingRaster>();
+    installRasterProvider(raster);
+    HMKDesign design =
+        makeDesign({plain(1, 1), jump(100'000, 0), plain(1, 1)}, {makeThread("1", "Undefined")});
+    EXPECT_TRUE(design.exportDesignToURL(file("wide.pec")));
+    installRasterProvider(nullptr);
+    EXPECT_GT(raster->largestSide, 0);
+    EXPECT_LE(raster->largestSide, 2048);
 }
 
 TEST(DesignBounds, AnEmptyOrEndlessDesignHasAWidthAndHeight) {
