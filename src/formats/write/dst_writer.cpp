@@ -109,6 +109,5 @@ std::optional<HMKEncodedDesign> encodeDstDesign(HMKDesign& design, HMKError* err
     file.patchText(kDstAyFieldOffset, signedField(static_cast<long long>(sumY)));
 
     // A DST file holds no colours: the design in memory shows what it does hold.
-    return encodedFile(file, design,
-                       [&] { return undefinedPlaceholderThreads(design.threads().size()); });
+    return encodedFile(file, design, replaceByPlaceholders);
 }

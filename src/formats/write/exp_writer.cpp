@@ -30,6 +30,5 @@ std::optional<HMKEncodedDesign> encodeExpDesign(HMKDesign& design, HMKError*) {
                     static_cast<std::uint8_t>(roundY.next(stitch.deltaY))});
     }
     // The file carries no colours.
-    return encodedFile(file, design,
-                       [&] { return undefinedPlaceholderThreads(design.threads().size()); });
+    return encodedFile(file, design, replaceByPlaceholders);
 }

@@ -64,33 +64,43 @@ bool refuseEmpty(const HMKDesign& design, HMKError* error) {
 // What every encoder relies on: stitches to write, which normalising may have taken away
 // (a design of jumps only loses them all), and one thread for every colour block, which
 // every format's colour table and colour changes are built from.
-bool checkForEncoding(const HMKDesign& design, HMKError* error) {
+std::optional<HMKEncodedDesign> checkedEncoding(HMKDesign& design, const HMKExportFormat& format,
+                                                HMKError* error) {
     if (!refuseEmpty(design, error)) {
-        return false;
+        return std::nullopt;
     }
     const auto colorChanges = std::count_if(design.stitches().begin(), design.stitches().end(),
                                             [](const HMKStitch& s) { return s.isColorChange; });
     if (static_cast<std::size_t>(colorChanges) + 1 != design.threads().size()) {
-        return fail(error, 16,
-                    "Unable to export embroidery file (the threads do not match the colour "
-                    "blocks).");
+        return refuse(error, 16,
+                      "Unable to export embroidery file (the threads do not match the colour "
+                      "blocks).");
     }
-    return true;
+    return format.encode(design, error);
 }
 
-// Encodes, writes the file atomically and, only once it is written, gives the design the
-// type, version, hoop and threads the file holds.
-bool writeDesign(HMKDesign& design, const HMKExportFormat& format, const std::filesystem::path& url,
-                 HMKError* error) {
-    if (!checkForEncoding(design, error)) {
-        return false;
+// A design the format cannot hold once its long moves are cut is not encoded at all: nothing
+// is cut, and no encoder sees moves beyond the format's reach.
+std::optional<HMKEncodedDesign> normalisedEncoding(HMKDesign& design, const HMKExportFormat& format,
+                                                   HMKError* error) {
+    if (!design.optimizeJumpsFor(format.tag)) {
+        return refuse(error, 15,
+                      "Unable to export embroidery file (cutting its long moves for the format "
+                      "would make too many stitches).");
     }
-    std::optional<HMKEncodedDesign> encoded = format.encode(design, error);
+    return checkedEncoding(design, format, error);
+}
+
+// Writes the encoded file atomically and, only once it is written, gives the design the type,
+// version, hoop and threads the file holds.
+bool writeEncoded(HMKDesign& design, const HMKExportFormat& format,
+                  std::optional<HMKEncodedDesign> encoded, const std::filesystem::path& url,
+                  HMKError* error) {
     if (!encoded || !writeFileAtomically(url, encoded->bytes, error)) {
         return false;
     }
-    if (encoded->threads) {
-        design.setThreads(std::move(*encoded->threads));
+    if (encoded->threadsAsWritten) {
+        encoded->threadsAsWritten(design.threads());
     }
     design.setDesignType(std::string(format.tag));
     design.setDesignVersion(format.version);
@@ -100,7 +110,24 @@ bool writeDesign(HMKDesign& design, const HMKExportFormat& format, const std::fi
     return true;
 }
 
+// One format on its own, without the dispatcher's naming, normalising and side file.
+bool writeFormatAlone(HMKDesign& design, std::string_view extension,
+                      const std::filesystem::path& url, HMKError* error) {
+    const HMKExportFormat& format = *formatOfExtension(extension);
+    return writeEncoded(design, format, checkedEncoding(design, format, error), url, error);
+}
+
 }  // namespace
+
+std::optional<HMKEncodedDesign> encodeDesignForExtension(HMKDesign& design,
+                                                         std::string_view extension,
+                                                         HMKError* error) {
+    const HMKExportFormat* format = formatOfExtension(extension);
+    if (!format) {
+        return refuse(error, 50, "Unsupported file format (UTI) for export.");
+    }
+    return normalisedEncoding(design, *format, error);
+}
 
 bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* error) {
     if (!refuseEmpty(*this, error)) {
@@ -116,16 +143,10 @@ bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* er
                                  {url.string(), describe(error), extension}));
         return false;
     }
-    // A design the format cannot hold once its long moves are cut is not written at all:
-    // nothing is cut, and the writer never sees moves beyond the format's reach.
-    if (!optimizeJumpsFor(format->tag)) {
-        return fail(error, 15,
-                    "Unable to export embroidery file (cutting its long moves for the format "
-                    "would make too many stitches).");
-    }
     // The writer always gets a place for its error; the caller gets it only on failure.
     HMKError writerError;
-    if (!writeDesign(*this, *format, url, &writerError)) {
+    if (!writeEncoded(*this, *format, normalisedEncoding(*this, *format, &writerError), url,
+                      &writerError)) {
         if (error) {
             *error = writerError;
         }
@@ -139,22 +160,21 @@ bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* er
     return true;
 }
 
-// Each format on its own, without the dispatcher's naming, normalising and side file.
 bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    return writeDesign(*this, *formatOfExtension("dst"), url, error);
+    return writeFormatAlone(*this, "dst", url, error);
 }
 bool HMKDesign::exportPesDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    return writeDesign(*this, *formatOfExtension("pes"), url, error);
+    return writeFormatAlone(*this, "pes", url, error);
 }
 bool HMKDesign::exportPecDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    return writeDesign(*this, *formatOfExtension("pec"), url, error);
+    return writeFormatAlone(*this, "pec", url, error);
 }
 bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    return writeDesign(*this, *formatOfExtension("jef"), url, error);
+    return writeFormatAlone(*this, "jef", url, error);
 }
 bool HMKDesign::exportExpDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    return writeDesign(*this, *formatOfExtension("exp"), url, error);
+    return writeFormatAlone(*this, "exp", url, error);
 }
 bool HMKDesign::exportPcsDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    return writeDesign(*this, *formatOfExtension("pcs"), url, error);
+    return writeFormatAlone(*this, "pcs", url, error);
 }

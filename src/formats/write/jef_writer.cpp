@@ -99,5 +99,5 @@ std::optional<HMKEncodedDesign> encodeJefDesign(HMKDesign& design, HMKError* err
     file.patchLe32(kJefRecordCountOffset, records + 1);
 
     // The design shows the colours the file carries.
-    return encodedFile(file, design, [&] { return std::move(janome.converted); });
+    return encodedFile(file, design, replacedBy(std::move(janome.converted)));
 }

@@ -81,12 +81,10 @@ std::optional<HMKEncodedDesign> encodePcsDesign(HMKDesign& design, HMKError* err
     }
     file.repeat(0x00, kPcsTailSize);
 
-    return encodedFile(file, design, [&] {
+    return encodedFile(file, design, [](std::vector<HMKThread>& threads) {
         // Detached from any manufacturer palette: the file holds bare RGB colours.
-        std::vector<HMKThread> detached = threads;
-        for (HMKThread& thread : detached) {
+        for (HMKThread& thread : threads) {
             thread.changeToColor(thread.color, kNoPalette);
         }
-        return detached;
     });
 }

@@ -251,7 +251,7 @@ std::optional<HMKEncodedDesign> encodePecDesign(HMKDesign& design, HMKError*) {
     file.text(kPecMagic);
     appendPecSection(file, design, brother.codes);
     appendThumbnails(file, design, brother.converted, false);
-    return encodedFile(file, design, [&] { return std::move(brother.converted); });
+    return encodedFile(file, design, replacedBy(std::move(brother.converted)));
 }
 
 std::optional<HMKEncodedDesign> encodePesDesign(HMKDesign& design, HMKError* error) {
@@ -284,5 +284,5 @@ std::optional<HMKEncodedDesign> encodePesDesign(HMKDesign& design, HMKError* err
     file.patchLe24(kPesPecOffsetField, static_cast<std::uint32_t>(file.size()));
     appendPecSection(file, design, brother.codes);
     appendThumbnails(file, design, brother.converted, true);
-    return encodedFile(file, design, [&] { return std::move(brother.converted); });
+    return encodedFile(file, design, replacedBy(std::move(brother.converted)));
 }

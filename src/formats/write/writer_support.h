@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -17,16 +18,22 @@
 #include "model/thread.h"
 
 // --- The finished file ----------------------------------------------------------------------
-// The file's bytes and, for a design that takes them after the write (one whose threads no
-// side file keeps), the threads as the file holds them, made by fileThreads() only then.
-template <class FileThreads>
-HMKEncodedDesign encodedFile(HMKByteWriter& file, const HMKDesign& design,
-                             FileThreads fileThreads) {
-    HMKEncodedDesign encoded{file.take(), std::nullopt};
+// The file's bytes and, for a design that takes the threads the file holds after the write
+// (one whose threads no side file keeps), how its threads become those.
+inline HMKEncodedDesign encodedFile(HMKByteWriter& file, const HMKDesign& design,
+                                    std::function<void(std::vector<HMKThread>&)> asWritten) {
+    HMKEncodedDesign encoded{file.take(), {}};
     if (!design.useThreadFile()) {
-        encoded.threads = fileThreads();
+        encoded.threadsAsWritten = std::move(asWritten);
     }
     return encoded;
+}
+
+// After a write the design takes these threads, in place of its own.
+inline std::function<void(std::vector<HMKThread>&)> replacedBy(std::vector<HMKThread> threads) {
+    return [threads = std::move(threads)](std::vector<HMKThread>& own) mutable {
+        own = std::move(threads);
+    };
 }
 
 // --- Relative moves ----------------------------------------------------------------------
@@ -70,8 +77,9 @@ HMKVendorThreads convertThreadsToVendor(const std::vector<HMKThread>& threads,
                                         const std::map<std::int32_t, std::string>& codeTable,
                                         std::int32_t fallbackCode);
 
-// The threads a colourless format stands for: keys "1" to "20", repeating, of "Undefined".
-std::vector<HMKThread> undefinedPlaceholderThreads(std::size_t count);
+// Replaces every thread by the one a colourless format stands for: keys "1" to "20",
+// repeating, of "Undefined".
+void replaceByPlaceholders(std::vector<HMKThread>& threads);
 
 // --- Label texts -------------------------------------------------------------------------
 // The design name without its last extension ("Rose.dst" -> "Rose").

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -15,11 +16,20 @@
 
 struct HMKEncodedDesign {
     std::vector<std::uint8_t> bytes;
-    // The threads as the file holds them (placeholders, a vendor's palette, bare colours),
-    // which the design takes after the write; none when the design keeps its own threads
+    // Turns the design's threads into those the file holds (placeholders, a vendor's palette,
+    // bare colours) once the file is written; none when the design keeps its own threads
     // because a thread side file holds them.
-    std::optional<std::vector<HMKThread>> threads;
+    std::function<void(std::vector<HMKThread>&)> threadsAsWritten;
 };
+
+// The file exportDesignToURL writes, without writing it: the design is normalised for the
+// format of a writable extension ("dst", "pes", ...), checked as every writer needs it and
+// encoded. Fails as the export does: 50 for another extension, 15 when cutting the long moves
+// would make too many stitches, 14 when no stitch is left, 16 when the threads do not match
+// the colour blocks, then with the format's own errors.
+std::optional<HMKEncodedDesign> encodeDesignForExtension(HMKDesign& design,
+                                                         std::string_view extension,
+                                                         HMKError* error);
 
 // fail() for the encoders: fills *error (when given) and returns no file.
 inline std::optional<HMKEncodedDesign> refuse(HMKError* error, int code, std::string_view text) {
