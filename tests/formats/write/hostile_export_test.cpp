@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "formats/read/readers.h"
+#include "formats/write/writers.h"
 #include "render/raster_provider.h"
 #include "write_test_support.h"
 
@@ -65,6 +66,29 @@ TEST_F(HostileExport, DesignsNoWriterCanEncodeAreRefusedBeforeAnythingIsWritten)
             }
         }
     }
+}
+
+// The in-memory encoding the pipeline fuzzer drives is the export itself, file aside.
+TEST_F(HostileExport, EncodingInMemoryGivesTheBytesTheExportWrites) {
+    for (const char* extension : kExtensions) {
+        const std::string name = std::string("same.") + extension;
+        HMKDesign exported = makeDesign({plain(-150, 100), jump(300, -200), plain(-5, 2)},
+                                        {makeThread("1", "Undefined")}, name);
+        HMKDesign encoded = exported;
+        ASSERT_TRUE(exported.exportDesignToURL(file(name))) << extension;
+        auto bytes = encodeDesignForExtension(encoded, extension, nullptr);
+        ASSERT_TRUE(bytes) << extension;
+        Bytes written = read(file(name));
+        if (std::string_view(extension) == "jef") {  // the date and time of writing
+            std::fill_n(written.begin() + 8, 14, 0);
+            std::fill_n(bytes->bytes.begin() + 8, 14, 0);
+        }
+        EXPECT_TRUE(bytes->bytes == written) << extension;
+    }
+    HMKDesign design = makeDesign({plain(1, 1)}, {makeThread("1", "Undefined")});
+    HMKError error;
+    EXPECT_FALSE(encodeDesignForExtension(design, "jef+", &error));
+    EXPECT_EQ(error.code, 50);
 }
 
 TEST_F(HostileExport, ColourComponentsOutsideTheUnitRangeAreClamped) {
