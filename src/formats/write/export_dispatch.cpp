@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "formats/write/writers.h"
 #include "model/design.h"
 #include "model/diagnostics.h"
@@ -118,6 +119,14 @@ bool writeFormatAlone(HMKDesign& design, std::string_view extension,
 }
 
 }  // namespace
+
+std::vector<std::string> exportableExtensions() {
+    std::vector<std::string> extensions;
+    for (const HMKExportFormat& format : kExportFormats) {
+        extensions.emplace_back(format.extension);
+    }
+    return extensions;
+}
 
 std::optional<HMKEncodedDesign> encodeDesignForExtension(HMKDesign& design,
                                                          std::string_view extension,
