@@ -74,7 +74,7 @@ int makeThumbnail(const Arguments& arguments) {
     if (!png) {
         return failed(error);
     }
-    stopThumbnailerDeadline();
+    stopThumbnailerTimeLimits();
     if (!writeFileAtomically(arguments.output, *png, &error)) {
         return failed(error);
     }

@@ -3,12 +3,17 @@
 // amount of memory and time and then end the process, never hang it.
 #pragma once
 
-// The thumbnailer's own deadline; file managers do not all have one.
-inline constexpr unsigned kThumbnailerTimeoutSeconds = 5;
+// The thumbnailer's own limits; file managers do not all have them. Work is counted in
+// processor time, so that a busy machine does not cut a thumbnail short; the wall-clock
+// deadline catches a process that waits instead of working.
+inline constexpr unsigned kThumbnailerProcessorSeconds = 5;
+inline constexpr unsigned kThumbnailerDeadlineSeconds = 30;
 
-// Caps the address space (far above what the largest accepted file needs), turns off core
-// dumps and starts the deadline: when it passes, the process exits with status 1.
+// Caps the address space (well above what the largest accepted file needs) and the
+// processor time, turns off core dumps and starts the deadline. A process over its time
+// exits with status 1.
 void limitThumbnailerProcess();
 
-// Stops the deadline before the result is written, so a kill cannot leave a partial file.
-void stopThumbnailerDeadline();
+// Stops the time limits before the result is written, so that running out of time cannot
+// leave a partial file.
+void stopThumbnailerTimeLimits();
