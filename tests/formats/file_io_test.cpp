@@ -6,6 +6,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "formats/file_io.h"
@@ -38,4 +40,18 @@ TEST(FileIo, WritesNeverTouchTheProcessUmask) {
     EXPECT_EQ(info.st_mode & 0777, 0666 & ~mask);
     std::filesystem::remove(file);
     ::syscall(SYS_umask, mask);
+}
+
+TEST(FileIo, ReadsOnlyRegularFiles) {
+    // A device reads as endless or empty bytes and a FIFO waits for a writer: neither is a
+    // design file, so both are refused before a byte is read.
+    const std::vector<std::pair<std::filesystem::path, std::string>> cases = {
+        {"/dev/null", "/dev/null: Not a regular file"},
+        {"/", "/: Is a directory"},
+    };
+    for (const auto& [path, reason] : cases) {
+        HMKError error;
+        EXPECT_FALSE(readWholeFile(path, &error)) << path;
+        EXPECT_EQ(error.recoverySuggestion, reason);
+    }
 }
