@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "model/stitch_walk.h"
-#include "write_test_support.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -37,7 +37,11 @@ struct RoundTripCase {
     bool startsWithItsStart;  // the reader adds a jump from the centre to the start (PES, PEC)
 };
 
-class RoundTrip : public WriterTest, public ::testing::WithParamInterface<RoundTripCase> {};
+class RoundTrip : public ::testing::TestWithParam<RoundTripCase> {
+protected:
+    std::filesystem::path file(const std::string& name) const { return folder_.file(name); }
+    ScratchFolder folder_;
+};
 
 // Three colour blocks with stitches, jumps and fractional moves, centred on the origin.
 HMKDesign sampleDesign() {
@@ -46,7 +50,7 @@ HMKDesign sampleDesign() {
         if (block > 0)
             stitches.push_back(change(0, 0));
         for (int i = 0; i < 20; ++i) {
-            stitches.push_back(plain(i % 2 ? 7.5f : -2.25f, i % 3 ? 3.0f : -4.5f));
+            stitches.push_back(stitch(i % 2 ? 7.5f : -2.25f, i % 3 ? 3.0f : -4.5f));
         }
         stitches.push_back(jump(30, 0));
     }
