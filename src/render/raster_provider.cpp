@@ -14,7 +14,7 @@ void installRasterProvider(std::shared_ptr<HMKRasterProvider> provider) {
     installedProvider = std::move(provider);
 }
 
-HMKRasterProvider* rasterProvider() {
+std::shared_ptr<HMKRasterProvider> rasterProvider() {
     std::lock_guard lock(providerMutex);
-    return installedProvider.get();
+    return installedProvider;
 }

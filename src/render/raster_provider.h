@@ -39,5 +39,6 @@ public:
 };
 
 void installRasterProvider(std::shared_ptr<HMKRasterProvider> provider);
-// The installed provider, or null.
-HMKRasterProvider* rasterProvider();
+// The installed provider, or null. Shared, so that installing another provider meanwhile
+// cannot free the one a drawing on another thread is using.
+std::shared_ptr<HMKRasterProvider> rasterProvider();

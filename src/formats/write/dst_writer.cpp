@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "formats/dst_records.h"
 #include "formats/file_io.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/writer_support.h"
@@ -13,17 +14,9 @@
 
 namespace {
 
-constexpr std::size_t kDstHeaderSize = 512;
-constexpr std::size_t kDstRecordSize = 3;
 constexpr std::size_t kDstLabelWidth = 16;
 constexpr std::uint8_t kDstCarriageReturn = 0x0D;
-constexpr std::uint8_t kDstEndOfText = 0x1A;
-constexpr std::uint8_t kDstEndRecord = 0xF3;
 constexpr std::uint8_t kDstPadding = ' ';
-// Byte 2 of every record has its two low bits set; jumps and colour changes add flags.
-constexpr std::uint8_t kDstStitchFlags = 0x03;
-constexpr std::uint8_t kDstJumpFlags = 0x83;
-constexpr std::uint8_t kDstColorChangeFlags = 0xC3;
 constexpr std::size_t kDstAxFieldOffset = 77;
 constexpr std::size_t kDstAyFieldOffset = 87;
 constexpr std::size_t kDstSumFieldWidth = 6;
@@ -31,42 +24,6 @@ constexpr int kDstMaxStitchesAndThreads = 9999999;
 constexpr int kDstMaxColorChanges = 1000;
 constexpr int kDstMaxExtent = 99999;
 constexpr int kDstVersion = 10;
-
-// One balanced-ternary digit of an axis: where its +1 and -1 bits stand in the record.
-struct DstDigit {
-    int weight;
-    std::size_t byteIndex;
-    std::uint8_t plusBit;
-    std::uint8_t minusBit;
-};
-
-// Largest weight first: each digit is taken when the remainder is at least half its weight.
-constexpr std::array<DstDigit, 5> kDstXDigits{{{81, 2, 0x04, 0x08},
-                                               {27, 1, 0x04, 0x08},
-                                               {9, 0, 0x04, 0x08},
-                                               {3, 1, 0x01, 0x02},
-                                               {1, 0, 0x01, 0x02}}};
-constexpr std::array<DstDigit, 5> kDstYDigits{{{81, 2, 0x20, 0x10},
-                                               {27, 1, 0x20, 0x10},
-                                               {9, 0, 0x20, 0x10},
-                                               {3, 1, 0x80, 0x40},
-                                               {1, 0, 0x80, 0x40}}};
-
-// Sets the digits of value into the record; returns what one record cannot hold (beyond
-// +-121), which the caller carries into the next stitch.
-int encodeAxis(int value, const std::array<DstDigit, 5>& digits, std::uint8_t* record) {
-    for (const DstDigit& digit : digits) {
-        int threshold = (digit.weight + 1) / 2;
-        if (value >= threshold) {
-            record[digit.byteIndex] |= digit.plusBit;
-            value -= digit.weight;
-        } else if (value <= -threshold) {
-            record[digit.byteIndex] |= digit.minusBit;
-            value += digit.weight;
-        }
-    }
-    return value;
-}
 
 // A number right-aligned in a space-padded field.
 std::string rightAligned(long long value, int width) {
@@ -130,15 +87,15 @@ bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError*
     double sumX = 0;
     double sumY = 0;
     for (const HMKStitch& stitch : stitches_) {
-        std::uint8_t record[kDstRecordSize] = {0, 0, kDstStitchFlags};
+        std::array<std::uint8_t, kDstRecordSize> record{0, 0, kDstStitchKind};
         if (stitch.isColorChange) {
-            record[2] = kDstColorChangeFlags;
+            record[2] = kDstColorChangeKind;
         } else if (stitch.isJumpStitch) {
-            record[2] = kDstJumpFlags;
+            record[2] = kDstJumpKind;
         }
         // The writer never splits a move: what a record cannot hold is carried on.
-        roundX.carryOver(encodeAxis(roundX.next(stitch.deltaX), kDstXDigits, record));
-        roundY.carryOver(encodeAxis(roundY.next(stitch.deltaY), kDstYDigits, record));
+        roundX.carryOver(encodeDstAxis(roundX.next(stitch.deltaX), false, record));
+        roundY.carryOver(encodeDstAxis(roundY.next(stitch.deltaY), true, record));
         sumX += stitch.deltaX;
         sumY += stitch.deltaY;
         file.bytes({record[0], record[1], record[2]});

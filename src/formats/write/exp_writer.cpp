@@ -1,5 +1,6 @@
 // Melco EXP: a bare stream of 2-byte moves with escape codes; no header, no end marker, no
 // colours and no hoop.
+#include "formats/escape_records.h"
 #include "formats/file_io.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/writer_support.h"
@@ -7,9 +8,6 @@
 
 namespace {
 
-constexpr std::uint8_t kExpEscape = 0x80;
-constexpr std::uint8_t kExpColorChange = 0x01;
-constexpr std::uint8_t kExpJump = 0x02;
 // The longest output per stitch: colour change, jump and move.
 constexpr std::size_t kExpMaxBytesPerStitch = 8;
 constexpr int kExpVersion = 10;
@@ -22,10 +20,10 @@ bool HMKDesign::exportExpDesignToURL(const std::filesystem::path& url, HMKError*
     HMKCarriedRounding roundY;
     for (const HMKStitch& stitch : stitches_) {
         if (stitch.isColorChange) {
-            file.bytes({kExpEscape, kExpColorChange, 0x00, 0x00});
+            file.bytes({kEscapeByte, kExpColorChange, 0x00, 0x00});
         }
         if (stitch.isJumpStitch) {
-            file.bytes({kExpEscape, kExpJump});
+            file.bytes({kEscapeByte, kExpJump});
         }
         // Moves are kept within a signed byte by optimizeJumpsFor("EXP"); the low 8 bits of
         // the two's complement are written without clamping. y is stored as held.

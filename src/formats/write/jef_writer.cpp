@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "formats/escape_records.h"
 #include "formats/file_io.h"
+#include "formats/janome_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/hoop_check.h"
 #include "formats/write/writer_support.h"
@@ -12,14 +14,10 @@
 
 namespace {
 
-constexpr std::size_t kJefHeaderSize = 116;
+// The header ends where the colour table begins.
+constexpr std::size_t kJefHeaderSize = kJefColorTableOffset;
+// Read back as the file's version.
 constexpr std::int32_t kJefHeaderConstant = 10;
-constexpr std::size_t kJefRecordCountOffset = 28;
-constexpr std::size_t kJefReservedIntegers = 16;
-constexpr std::uint8_t kJefEscape = 0x80;
-constexpr std::uint8_t kJefColorChange = 0x01;
-constexpr std::uint8_t kJefJump = 0x02;
-constexpr std::uint8_t kJefEnd = 0x10;
 // The most bytes one stitch can take: colour change, zero move, jump and move.
 constexpr std::size_t kJefMaxBytesPerStitch = 8;
 constexpr std::int32_t kJefUnknownThreadCode = 23;
@@ -80,7 +78,7 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
     HMKCarriedRounding roundY;
     for (const HMKStitch& stitch : stitches_) {
         if (stitch.isColorChange) {
-            file.bytes({kJefEscape, kJefColorChange});
+            file.bytes({kEscapeByte, kJanomeColorChange});
             ++records;
             if (stitch.isJumpStitch) {
                 file.bytes({0x00, 0x00});  // the colour change with a zero move; the jump follows
@@ -88,7 +86,7 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
             }
         }
         if (stitch.isJumpStitch) {
-            file.bytes({kJefEscape, kJefJump});
+            file.bytes({kEscapeByte, kJanomeJump});
             ++records;
         }
         // Moves are kept within a signed byte by optimizeJumpsFor("JEF"); larger ones are
@@ -97,7 +95,7 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
                     static_cast<std::uint8_t>(roundY.next(stitch.deltaY))});
         ++records;
     }
-    file.bytes({kJefEscape, kJefEnd});
+    file.bytes({kEscapeByte, kJanomeEnd});
     file.patchLe32(kJefRecordCountOffset, records + 1);
 
     if (!writeFileAtomically(url, file.data(), error)) {

@@ -3,37 +3,27 @@
 #include <cmath>
 
 #include "formats/file_io.h"
+#include "formats/pcs_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/hoop_check.h"
 #include "model/design.h"
 
 namespace {
 
-constexpr std::uint8_t kPcsMagic = 0x32;
-constexpr std::uint8_t kPcsColorSlotsField = 0x10;
-constexpr std::size_t kPcsColorSlots = 16;
 constexpr std::int32_t kPcsMaxStitches = 14000;
-constexpr std::size_t kPcsRecordSize = 9;
-constexpr std::uint8_t kPcsColorRecordFlag = 0x03;
-constexpr std::uint8_t kPcsStitchFlag = 0x00;
-constexpr std::uint8_t kPcsJumpFlag = 0x04;
 constexpr std::size_t kPcsTailSize = 13;
 // Design units (0.1 mm) to PCS units (1/6 mm).
 constexpr double kPcsUnitsPerDesignUnit = 0.6;
-// Deliberate: a negative coordinate is stored as v + 0xFFFFFF, one less than its 24-bit
-// two's complement, because that is what the format's readers undo. Do not "fix" it.
-constexpr std::int64_t kPcsNegativeOffset = 0xFFFFFF;
 constexpr int kPcsVersion = 20;
 
 void appendColorRecord(HMKByteWriter& file, std::uint8_t colorNumber) {
     file.byte(colorNumber);
     file.repeat(0x00, 7);
-    file.byte(kPcsColorRecordFlag);
+    file.byte(kPcsColorRecord);
 }
 
 std::uint32_t encodeCoordinate(double position) {
-    auto value = static_cast<std::int64_t>(std::round(position));
-    return static_cast<std::uint32_t>(value < 0 ? value + kPcsNegativeOffset : value);
+    return encodePcsCoordinate(static_cast<std::int64_t>(std::round(position)));
 }
 
 std::uint8_t colorComponent(double fraction) {
@@ -43,7 +33,7 @@ std::uint8_t colorComponent(double fraction) {
 }  // namespace
 
 bool HMKDesign::exportPcsDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    if (threads_.size() > kPcsColorSlots) {
+    if (threads_.size() > kPcsMaxColors) {
         return fail(error, 180, "Unable to export PCS file (too many colors).");
     }
     if (numberOfStitches() > kPcsMaxStitches) {
@@ -59,13 +49,14 @@ bool HMKDesign::exportPcsDesignToURL(const std::filesystem::path& url, HMKError*
     if (!hoop) {
         return false;
     }
-    file.bytes({static_cast<std::uint8_t>(hoop->code()), kPcsColorSlotsField, 0x00});
+    file.bytes(
+        {static_cast<std::uint8_t>(hoop->code()), static_cast<std::uint8_t>(kPcsMaxColors), 0x00});
 
     for (const HMKThread& thread : threads_) {
         file.bytes({colorComponent(thread.color.red()), colorComponent(thread.color.green()),
                     colorComponent(thread.color.blue()), 0x00});
     }
-    file.repeat(0x00, 4 * (kPcsColorSlots - threads_.size()));
+    file.repeat(0x00, 4 * (kPcsMaxColors - threads_.size()));
     file.le16(numberOfStitches());
     std::uint8_t colorNumber = 0;
     appendColorRecord(file, colorNumber);
@@ -86,7 +77,7 @@ bool HMKDesign::exportPcsDesignToURL(const std::filesystem::path& url, HMKError*
         file.byte(0x00);
         // y is not negated: the format's y axis runs the same way as the design's.
         file.le24(encodeCoordinate((halfHeight + y) * kPcsUnitsPerDesignUnit));
-        file.byte(stitch.isJumpStitch ? kPcsJumpFlag : kPcsStitchFlag);
+        file.byte(stitch.isJumpStitch ? kPcsJumpRecord : kPcsStitchRecord);
     }
     file.repeat(0x00, kPcsTailSize);
 

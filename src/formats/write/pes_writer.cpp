@@ -1,17 +1,18 @@
 // Brother PES version 1 and PEC: the PES design and stitch-segment blocks with absolute
-// coordinates, the PEC section (label, colour list, graphics header, relative stitch stream)
-// and the 48 x 38 one-bit thumbnails drawn by the renderer through the raster provider.
+// coordinates and the PEC section (label, colour list, graphics header, relative stitch
+// stream), followed by the thumbnails of pec_thumbnails.h.
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
 
 #include "formats/file_io.h"
+#include "formats/pec_records.h"
 #include "formats/write/byte_writer.h"
+#include "formats/write/pec_thumbnails.h"
 #include "formats/write/writer_support.h"
 #include "model/design.h"
 #include "model/stitch_walk.h"
-#include "render/raster_provider.h"
 
 namespace {
 
@@ -39,58 +40,20 @@ constexpr std::int32_t kPesMaxStitches = 30000;
 
 // --- PEC ---------------------------------------------------------------------------------
 constexpr std::string_view kPecMagic = "#PEC0001";
-constexpr std::size_t kPecLabelNameWidth = 16;
-constexpr std::size_t kPecHeaderSize = 512;
 constexpr std::array<std::uint8_t, 4> kPecLabelMarker{0xFF, 0x00, 0x06, 0x26};
 constexpr std::array<std::uint8_t, 3> kPecGraphicsMarker{0x31, 0xFF, 0xF0};
 constexpr std::array<std::uint8_t, 4> kPecGraphicsSize{0xE0, 0x01, 0xB0, 0x01};
-constexpr std::size_t kPecFirstColorCode = 49;
-constexpr std::uint8_t kPecLongForm = 0x90;
-constexpr std::uint8_t kPecColorChangeFirst = 0xFE;
-constexpr std::uint8_t kPecColorChangeSecond = 0xB0;
-constexpr std::uint8_t kPecEnd = 0xFF;
 constexpr std::int32_t kPecUnknownThreadCode = 16;
 constexpr int kBrotherVersion = 10;
 const std::string kBrotherPalette = "Brother";
-
-// --- Thumbnails --------------------------------------------------------------------------
-constexpr int kThumbnailWidth = 48;
-constexpr int kThumbnailHeight = 38;
-constexpr int kThumbnailBytesPerRow = kThumbnailWidth / 8;
-constexpr int kPictureWidth = 42;
-constexpr int kPictureHeight = 32;
-constexpr int kPictureFirstRow = 3;
-constexpr int kPictureLastRow = 34;
-constexpr int kPictureFirstColumn = 3;
-constexpr int kPictureLastColumn = 44;
-// Blank design units drawn around the design before it is scaled down.
-constexpr int kThumbnailMarginUnits = 10;
-// Pixels at most this bright in every channel count as ink.
-constexpr std::uint8_t kThumbnailDarkLimit = 179;
-// Rows 0 to 2; rows 35 to 37 are the same in reverse order. With the frame pixels of rows
-// 3 to 34 they draw a rounded frame round the picture.
-constexpr std::array<std::array<std::uint8_t, kThumbnailBytesPerRow>, 3> kThumbnailTopRows{{
-    {0x00, 0x00, 0x00, 0x00, 0x00, 0x00},
-    {0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F},
-    {0x08, 0x00, 0x00, 0x00, 0x00, 0x10},
-}};
 
 std::int32_t roundedHalfAwayFromZero(double value) {
     return static_cast<std::int32_t>(std::round(value));
 }
 
-// The long form: 0x90 with the top four bits of the 12-bit two's complement, then its low
-// eight bits.
 void appendPecLong(HMKByteWriter& out, std::int32_t value) {
-    auto twelveBits = static_cast<std::uint32_t>(value) & 0x0FFF;
-    out.bytes({static_cast<std::uint8_t>(kPecLongForm | (twelveBits >> 8)),
-               static_cast<std::uint8_t>(twelveBits & 0xFF)});
-}
-
-// The short form: seven-bit two's complement. No range check; optimizeJumpsFor("PES")
-// keeps stitches within -64 to 63.
-std::uint8_t pecShort(std::int32_t value) {
-    return static_cast<std::uint8_t>(value < 0 ? value + 128 : value);
+    const auto bytes = encodePecLong(value);
+    out.bytes({bytes[0], bytes[1]});
 }
 
 void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitches) {
@@ -100,7 +63,7 @@ void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitche
     for (const HMKStitch& stitch : stitches) {
         if (stitch.isColorChange) {
             // The third byte alternates 2, 1, 2, ...; the colour change's own move is not written.
-            out.bytes({kPecColorChangeFirst, kPecColorChangeSecond,
+            out.bytes({kPecCommand, kPecColorChange,
                        static_cast<std::uint8_t>(colorChanges % 2 == 1 ? 2 : 1)});
             ++colorChanges;
             continue;
@@ -111,16 +74,17 @@ void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitche
             appendPecLong(out, x);
             appendPecLong(out, y);
         } else {
-            out.bytes({pecShort(x), pecShort(y)});
+            // Stitches are kept within -64 to 63 by optimizeJumpsFor("PES"); not range-checked.
+            out.bytes({encodePecShort(x), encodePecShort(y)});
         }
     }
-    out.byte(kPecEnd);
+    out.byte(kPecEndOfStitches);
 }
 
 void appendPecSection(HMKByteWriter& out, const HMKDesign& design,
                       const std::vector<std::int32_t>& codes) {
     const std::size_t start = out.size();
-    out.text("LA:");
+    out.text(kPecSectionTag);
     out.text(padOrCut(toLatin1(nameWithoutExtension(design.designName())), kPecLabelNameWidth));
     out.byte(0x0D);
     out.repeat(' ', 12);
@@ -128,7 +92,7 @@ void appendPecSection(HMKByteWriter& out, const HMKDesign& design,
     out.repeat(' ', 12);
     out.byte(static_cast<std::uint8_t>(codes.size() - 1));
     // The colour list must end before the graphics header; PES allows at most 64 threads.
-    std::size_t listed = std::min(codes.size(), kPecHeaderSize - kPecFirstColorCode);
+    std::size_t listed = std::min(codes.size(), kPecHeaderSize - kPecColorListOffset);
     for (std::size_t i = 0; i < listed; ++i) {
         out.byte(static_cast<std::uint8_t>(codes[i]));
     }
@@ -234,68 +198,6 @@ void appendPesDesignBlock(HMKByteWriter& out, const HMKDesign& design) {
     }
 }
 
-// The design's pixels scaled into a transparent 48 x 38 raster, or a blank raster when no
-// raster provider is installed.
-HMKRgbaImage thumbnailPicture(const HMKDesign& design, std::int32_t thread) {
-    HMKRgbaImage picture{kThumbnailWidth, kThumbnailHeight,
-                         std::vector<std::uint8_t>(kThumbnailWidth * kThumbnailHeight * 4, 0)};
-    HMKRasterProvider* provider = rasterProvider();
-    if (!provider) {
-        return picture;
-    }
-    const int width = design.designWidth() + 2 * kThumbnailMarginUnits;
-    const int height = design.designHeight() + 2 * kThumbnailMarginUnits;
-    const double left = design.xMin() - kThumbnailMarginUnits;
-    const double bottom = design.yMin() - kThumbnailMarginUnits;
-    // One pixel per unit; the design's y grows up and the raster's rows down, as in the view.
-    HMKAffineTransform toPixels{1, 0, 0, -1, -left, bottom + height};
-    HMKRect rect{left, bottom, static_cast<double>(width), static_cast<double>(height)};
-    HMKRgbaImage full = provider->render(width, height, toPixels, [&](HMKDrawingContext& context) {
-        design.drawDesignInRect(rect, context, false, false, false, thread);
-    });
-    double scaledWidth = kPictureWidth;
-    double scaledHeight = height * static_cast<double>(kPictureWidth) / width;
-    if (scaledHeight > kPictureHeight) {
-        scaledWidth = scaledWidth * kPictureHeight / scaledHeight;
-        scaledHeight = kPictureHeight;
-    }
-    const int smallWidth = std::max(1, static_cast<int>(std::lround(scaledWidth)));
-    const int smallHeight = std::max(1, static_cast<int>(std::lround(scaledHeight)));
-    HMKRgbaImage small = provider->scaled(full, smallWidth, smallHeight);
-    const int marginLeft = (kThumbnailWidth - smallWidth) / 2;
-    const int marginTop = (kThumbnailHeight - smallHeight) / 2;
-    for (int y = 0; y < std::min(small.height, smallHeight); ++y) {
-        for (int x = 0; x < std::min(small.width, smallWidth); ++x) {
-            std::copy_n(
-                small.pixel(x, y), 4,
-                picture.rgba.data() +
-                    ((y + marginTop) * static_cast<std::size_t>(kThumbnailWidth) + x + marginLeft) *
-                        4);
-        }
-    }
-    return picture;
-}
-
-// Ink where the pixel is drawn and either lies on the picture's outline or is dark.
-bool isInk(const HMKRgbaImage& picture, int x, int y) {
-    const std::uint8_t* pixel = picture.pixel(x, y);
-    if (pixel[3] == 0) {
-        return false;
-    }
-    for (int dy = -1; dy <= 1; ++dy) {
-        for (int dx = -1; dx <= 1; ++dx) {
-            if ((dx != 0 || dy != 0) && picture.pixel(x + dx, y + dy)[3] == 0) {
-                return true;
-            }
-        }
-    }
-    return std::max({pixel[0], pixel[1], pixel[2]}) <= kThumbnailDarkLimit;
-}
-
-void setPixel(std::uint8_t* row, int column) {
-    row[column / 8] |= static_cast<std::uint8_t>(1 << (column % 8));
-}
-
 // Swaps the design's threads with others for as long as the scope lasts.
 class ThreadsSwap {
 public:
@@ -322,36 +224,13 @@ HMKVendorThreads brotherThreads(const std::vector<HMKThread>& threads) {
                                   kPecUnknownThreadCode);
 }
 
-void appendThumbnail(HMKByteWriter& out, const std::vector<std::uint8_t>& thumbnail) {
-    for (std::uint8_t byte : thumbnail) {
+void appendBytes(HMKByteWriter& out, const std::vector<std::uint8_t>& bytes) {
+    for (std::uint8_t byte : bytes) {
         out.byte(byte);
     }
 }
 
 }  // namespace
-
-std::vector<std::uint8_t> HMKDesign::exportPecBitmapToDataForThread(std::int32_t thread) const {
-    std::vector<std::uint8_t> bits(kThumbnailBytesPerRow * kThumbnailHeight, 0);
-    for (int row = 0; row < 3; ++row) {
-        std::copy(kThumbnailTopRows[row].begin(), kThumbnailTopRows[row].end(),
-                  bits.begin() + row * kThumbnailBytesPerRow);
-        std::copy(kThumbnailTopRows[row].begin(), kThumbnailTopRows[row].end(),
-                  bits.begin() + (kThumbnailHeight - 1 - row) * kThumbnailBytesPerRow);
-    }
-    HMKRgbaImage picture = thumbnailPicture(*this, thread);
-    for (int y = kPictureFirstRow; y <= kPictureLastRow; ++y) {
-        std::uint8_t* row = bits.data() + y * kThumbnailBytesPerRow;
-        bool cornerRow = y == kPictureFirstRow || y == kPictureLastRow;
-        setPixel(row, cornerRow ? kPictureFirstColumn - 1 : kPictureFirstColumn - 2);
-        setPixel(row, cornerRow ? kPictureLastColumn + 1 : kPictureLastColumn + 2);
-        for (int x = kPictureFirstColumn; x <= kPictureLastColumn; ++x) {
-            if (isInk(picture, x, y)) {
-                setPixel(row, x);
-            }
-        }
-    }
-    return bits;
-}
 
 std::vector<std::uint8_t> HMKDesign::exportPecSegmentToData() {
     HMKVendorThreads brother = brotherThreads(threads_);
@@ -365,13 +244,14 @@ std::vector<std::uint8_t> HMKDesign::exportPecSegmentToData() {
 
 bool HMKDesign::exportPecDesignToURL(const std::filesystem::path& url, HMKError* error) {
     HMKVendorThreads brother = brotherThreads(threads_);
-    HMKByteWriter file(kPecMagic.size() + kPecHeaderSize + 32 + 4 * stitches_.size() + 228);
+    HMKByteWriter file(kPecMagic.size() + kPecHeaderSize + 32 + 4 * stitches_.size() +
+                       kPecThumbnailBytes);
     file.text(kPecMagic);
     appendPecSection(file, *this, brother.codes);
     {
         // The thumbnail shows the colours the design will hold after the write.
         ThreadsSwap shown(threads_, brother.converted, !useThreadFile_);
-        appendThumbnail(file, exportPecBitmapToDataForThread(-1));
+        appendBytes(file, pecThumbnails(*this, false));
     }
     if (!writeFileAtomically(url, file.data(), error)) {
         return false;
@@ -401,7 +281,8 @@ bool HMKDesign::exportPesDesignToURL(const std::filesystem::path& url, HMKError*
     }
 
     HMKVendorThreads brother = brotherThreads(threads_);
-    HMKByteWriter file(256 + 10 * stitches_.size() + kPecHeaderSize + 228 * (threads_.size() + 1));
+    HMKByteWriter file(256 + 10 * stitches_.size() + kPecHeaderSize +
+                       kPecThumbnailBytes * (threads_.size() + 1));
     file.text(kPesMagic);
     file.le24(0);  // the PEC offset, filled in once the PES part is complete
     for (std::uint8_t byte : kPesHeaderTail) {
@@ -415,10 +296,7 @@ bool HMKDesign::exportPesDesignToURL(const std::filesystem::path& url, HMKError*
     appendPecSection(file, *this, brother.codes);
     {
         ThreadsSwap shown(threads_, brother.converted, !useThreadFile_);
-        appendThumbnail(file, exportPecBitmapToDataForThread(-1));
-        for (std::size_t i = 0; i < threads_.size(); ++i) {
-            appendThumbnail(file, exportPecBitmapToDataForThread(static_cast<std::int32_t>(i)));
-        }
+        appendBytes(file, pecThumbnails(*this, true));
     }
     if (!writeFileAtomically(url, file.data(), error)) {
         return false;
