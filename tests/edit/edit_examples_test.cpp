@@ -97,8 +97,6 @@ TEST(EditExamples, EditWhatTheGoldenFileRecords) {
         // The former colour change stays as a null stitch, so every position is kept.
         {"deleting a thread sews its stitches in the previous one", kThreeThreads,
          done([](HMKDesign& d) { return d.deleteThreadAtIndex(2); })},
-        {"deleting the first thread drops only its record", kThreeThreads,
-         done([](HMKDesign& d) { return d.deleteThreadAtIndex(0); })},
         // A colour change carries no movement, so the first selected stitch's own move is
         // still sewn in the old colour.
         {"splitting starts a copy of the thread after the first selected stitch",
@@ -174,6 +172,7 @@ TEST(EditExamples, InvalidIndicesAndOrientationsChangeNothing) {
     const std::function<bool(HMKDesign&)> edits[] = {
         [](HMKDesign& d) { return d.deleteThreadAtIndex(3); },
         [](HMKDesign& d) { return d.deleteThreadAtIndex(-1); },
+        [](HMKDesign& d) { return d.deleteThreadAtIndex(0); },  // no thread before it
         [](HMKDesign& d) { return d.moveThreadFromIndex(3, 0); },
         [](HMKDesign& d) { return d.moveThreadFromIndex(0, -1); },
         [](HMKDesign& d) { return d.moveThreadFromIndex(1, 1); },

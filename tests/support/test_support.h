@@ -306,7 +306,8 @@ inline ::testing::AssertionResult sameStitches(const Stitches& actual, const Sti
         const HMKStitch& e = expected[i];
         if (std::bit_cast<std::uint32_t>(a.deltaX) != std::bit_cast<std::uint32_t>(e.deltaX) ||
             std::bit_cast<std::uint32_t>(a.deltaY) != std::bit_cast<std::uint32_t>(e.deltaY) ||
-            !(a == e))
+            a.isJumpStitch != e.isJumpStitch || a.isColorChange != e.isColorChange ||
+            a.isSelected != e.isSelected)
             return ::testing::AssertionFailure()
                    << "stitch " << i << ": " << a.description() << " vs " << e.description();
     }

@@ -16,7 +16,7 @@ TEST(PcsWriter, WritesHeaderColoursAndAbsoluteRecordsOfASmallDesign) {
         DesignBytes({0x32, 0x02, 0x10, 0x00,  // hoop S, code 2
                      0xFF, 0x7F, 0x00, 0x00, 0x00, 0x00, 0xFF, 0x00})
             .padTo(68)
-            .bytes({0x02, 0x00})  // stitches: 3 records + 1 - 2 threads
+            .bytes({0x03, 0x00})  // stitch records; colour records are not counted
             .bytes({0, 0, 0, 0, 0, 0, 0, 0, 3})
             // In the 80 mm hoop the origin is at 400 units, that is 240 PCS units.
             .bytes({0, 0xF0, 0, 0, 0, 0xF0, 0, 0, 0x00})

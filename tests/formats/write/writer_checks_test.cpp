@@ -44,10 +44,6 @@ TEST(WriterChecks, RefuseOrChangeTheDesignAsTheGoldenFileRecords) {
     const HMKHoop brotherHoop("100 x 100", "Brother", 0, 100, 100, false, false, true);
     HMKDesign far = makeDesign({stitch(100000, 0)});
     far.setBounds(-10, -10, 10, 10);
-    // stitches + threads = records + 1 = 9999999
-    HMKDesign huge =
-        makeDesign(Stitches(9999998, stitch(0, 0)), std::vector(1001, makeThread("1")));
-    huge.setBounds(5, 5, 10, 10);  // would be refused with 130
     HMKDesign coloured =
         makeDesign(Stitches(21, change()), std::vector(22, makeThread("405", "Brother")));
     coloured.setDesignHoop(HMKDesign::hoops().front());
