@@ -29,6 +29,7 @@ TEST_F(ConvertCommand, DumpsTheImportedDesignWithTheEditsApplied) {
 // The thread side file follows the output, not the input: a stale one beside the output
 // goes, and a design using one beside its input gets one beside the output.
 TEST_F(ConvertCommand, WritesEveryWritableFormatAsTheExportDoes) {
+    ::setenv("SOURCE_DATE_EPOCH", "1700000000", 1);  // JEF files carry the time of writing
     const auto input = sample("flower.dst");
     std::filesystem::create_directories(folder.file("tool"));
     std::filesystem::create_directories(folder.file("direct"));
@@ -46,6 +47,7 @@ TEST_F(ConvertCommand, WritesEveryWritableFormatAsTheExportDoes) {
     imported(input).exportThreadsForDesign(input);
     EXPECT_EQ(runTool({"convert", input.string(), path("tool/flower.exp")}).exitCode, 0);
     EXPECT_TRUE(std::filesystem::exists(folder.file("tool/flower.threads")));
+    ::unsetenv("SOURCE_DATE_EPOCH");
 }
 
 TEST_F(ConvertCommand, FailuresExitWithOneAndUsageErrorsWithTwo) {

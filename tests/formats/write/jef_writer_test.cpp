@@ -1,5 +1,6 @@
-#include <ctime>
+#include <cstdlib>
 
+#include "formats/write/writer_support.h"
 #include "support/test_support.h"
 
 namespace {
@@ -8,12 +9,8 @@ Bytes writeJef(HMKDesign& design) {
     return writtenBy(&HMKDesign::exportJefDesignToURL, design);
 }
 
-std::string localDate(std::time_t time) {
-    std::tm local{};
-    localtime_r(&time, &local);
-    char text[15];
-    std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &local);
-    return text;
+std::string dateOf(const Bytes& file) {
+    return std::string(file.begin() + 8, file.begin() + 22);
 }
 
 }  // namespace
@@ -24,15 +21,18 @@ TEST(JefWriter, WritesHeaderThreadTablesAndRecordsOfASmallDesign) {
     HMKDesign design = makeDesign(
         {stitch(0.4f, 0.4f), stitch(0.7f, 0.7f), jump(-5, 10), change(3, -3, true), stitch(1, 2)},
         {makeThread("208", "Janome"), second});
-    const std::time_t before = std::time(nullptr);
+    setWriterClock([] {
+        std::tm calendar{};
+        calendar.tm_year = 126, calendar.tm_mon = 10, calendar.tm_mday = 2, calendar.tm_sec = 5;
+        return calendar;
+    });
     const Bytes file = writeJef(design);
-    const std::time_t after = std::time(nullptr);
-    const std::string date(file.begin() + 8, file.begin() + 22);
-    EXPECT_TRUE(date == localDate(before) || date == localDate(after)) << date;
+    setWriterClock({});
+    EXPECT_EQ(dateOf(file), "20261102000005");
 
     const Bytes expected =
         DesignBytes({0x84, 0, 0, 0, 10, 0, 0, 0})  // stitch data at 116 + 8 per thread
-            .text(date)
+            .text(dateOf(file))
             .bytes({0,  0,         // reserved
                     2,  0, 0, 0,   // threads
                     10, 0, 0, 0,   // records, end included
@@ -64,4 +64,27 @@ TEST(JefWriter, WritesTheFirstCodeOfAKeyOrOfTheNearestJanomeThread) {
     HMKDesign individual = makeDesign(
         {stitch(1, 1)}, {makeThread("", "", HMKThread::fromPaletteKey("208", "Janome").color)});
     EXPECT_EQ(slice(writeJef(individual), 116, 4), (Bytes{8, 0, 0, 0}));
+}
+
+// SOURCE_DATE_EPOCH makes the date the same on every conversion; what is not a moment a
+// four-digit year can hold leaves the date to the clock.
+TEST(JefWriter, DatesTheFileAtSourceDateEpochInUtc) {
+    const std::pair<const char*, const char*> cases[] = {{"0", "19700101000000"},
+                                                         {"1700000000", "20231114221320"},
+                                                         {"253402300799", "99991231235959"},
+                                                         {"253402300800", ""},
+                                                         {"-1", ""},
+                                                         {"12x", ""},
+                                                         {"", ""}};
+    for (const auto& [epoch, date] : cases) {
+        ::setenv("SOURCE_DATE_EPOCH", epoch, 1);
+        HMKDesign design = makeDesign({stitch(1, 1)}, {makeThread("1", "Janome")});
+        const std::string written = dateOf(writeJef(design));
+        if (*date != '\0') {
+            EXPECT_EQ(written, date) << epoch;
+        } else {
+            EXPECT_TRUE(written.starts_with("20")) << epoch << ": " << written;
+        }
+    }
+    ::unsetenv("SOURCE_DATE_EPOCH");
 }
