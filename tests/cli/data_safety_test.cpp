@@ -29,10 +29,10 @@ TEST_F(DataSafety, ReadOnlyTargetsAreRefusedAndLeftAsTheyWere) {
     const perms readOnly = perms::owner_read | perms::group_read | perms::others_read;
     // An export, the JSON dump and a picture are all written the same way.
     for (const std::string name : {"target.pes", "target.json", "target.png"}) {
-        const auto target = folder_ / name;
+        const auto target = folder.path() / name;
         std::ofstream(target) << "keep me";
         std::filesystem::permissions(target, readOnly);
-        handOver(folder_, *user);
+        handOver(folder.path(), *user);
         const ToolRun run = runToolAs(
             *user, {name.ends_with("png") ? "render" : "convert", input.string(), target.string()});
         EXPECT_EQ(run.exitCode, 1) << name;
@@ -45,11 +45,11 @@ TEST_F(DataSafety, ReadOnlyTargetsAreRefusedAndLeftAsTheyWere) {
 
 TEST_F(DataSafety, ReplacedFilesKeepTheirModeAndLinksAreWrittenThrough) {
     const auto input = sample("heart.dst");
-    const auto shared = folder_ / "shared.pes";
+    const auto shared = folder.path() / "shared.pes";
     std::filesystem::copy_file(sample("star.pes"), shared);
     const perms ownerAndGroup = perms::owner_read | perms::owner_write | perms::group_read;
     std::filesystem::permissions(shared, ownerAndGroup);
-    const auto link = folder_ / "link.pes";
+    const auto link = folder.path() / "link.pes";
     std::filesystem::create_symlink("shared.pes", link);
     const std::string before = readText(shared);
 
@@ -66,9 +66,9 @@ TEST_F(DataSafety, AnOutputThatIsAnInputIsRefusedUnlessInPlace) {
     const auto design = sample("star.pcs").string();
     const auto other = sample("heart.dst").string();
     // The same file by other names: a hard link, and a symbolic link with a picture's name.
-    const auto alias = (folder_ / "alias.pcs").string();
+    const auto alias = (folder.path() / "alias.pcs").string();
     std::filesystem::create_hard_link(design, alias);
-    const auto picture = (folder_ / "star.png").string();
+    const auto picture = (folder.path() / "star.png").string();
     std::filesystem::create_symlink("star.pcs", picture);
     const std::string before = readText(design);
     const std::vector<std::pair<Arguments, int>> cases = {
@@ -91,18 +91,18 @@ TEST_F(DataSafety, SideFileOfAnotherDesignIsKeptWithAWarning) {
     sample("heart.dst");
     sample("heart.threads");
     const auto other = sample("star.pes");
-    ToolRun run = runTool({"convert", other.string(), (folder_ / "heart.exp").string()});
+    ToolRun run = runTool({"convert", other.string(), (folder.path() / "heart.exp").string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_TRUE(std::filesystem::exists(folder_ / "heart.threads"));
-    EXPECT_NE(run.err.find("warning: " + (folder_ / "heart.threads").string() + " was kept"),
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "heart.threads"));
+    EXPECT_NE(run.err.find("warning: " + (folder.path() / "heart.threads").string() + " was kept"),
               std::string::npos)
         << run.err;
 
     // A side file that belongs to no other design is still removed, without a word.
-    std::ofstream(folder_ / "lone.threads") << "stale";
-    run = runTool({"convert", other.string(), (folder_ / "lone.exp").string()});
+    std::ofstream(folder.path() / "lone.threads") << "stale";
+    run = runTool({"convert", other.string(), (folder.path() / "lone.exp").string()});
     EXPECT_EQ(run.err, "");
-    EXPECT_FALSE(std::filesystem::exists(folder_ / "lone.threads"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "lone.threads"));
 }
 
 TEST_F(DataSafety, ColoursThatCannotBeMatchedAreReported) {
@@ -113,8 +113,8 @@ TEST_F(DataSafety, ColoursThatCannotBeMatchedAreReported) {
     for (std::size_t at; (at = threads.find(">Janome<")) != std::string::npos;) {
         threads.replace(at, 8, ">Missing Palette<");
     }
-    std::ofstream(folder_ / "heart.threads") << threads;
-    const ToolRun run = runTool({"convert", design.string(), (folder_ / "out.pes").string(),
+    std::ofstream(folder.path() / "heart.threads") << threads;
+    const ToolRun run = runTool({"convert", design.string(), (folder.path() / "out.pes").string(),
                                  "--append", sample("star.pes").string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_NE(run.err.find("warning: 3 thread colours could not be matched"), std::string::npos)

@@ -32,13 +32,13 @@ void expectSystemError(const ToolRun& text, const ToolRun& json, const FileCase&
 }  // namespace
 
 TEST_F(ErrorMessages, InputsThatCannotBeReadGetTheSystemsReasonWithoutANumber) {
-    std::filesystem::create_directory(folder_ / "folder.dst");
-    ASSERT_EQ(::mkfifo((folder_ / "pipe.dst").c_str(), 0644), 0);
+    std::filesystem::create_directory(folder.path() / "folder.dst");
+    ASSERT_EQ(::mkfifo((folder.path() / "pipe.dst").c_str(), 0644), 0);
     const std::vector<FileCase> cases = {
-        {folder_ / "missing.dst", "No such file or directory"},
-        {folder_ / "folder.dst", "Is a directory"},
+        {folder.path() / "missing.dst", "No such file or directory"},
+        {folder.path() / "folder.dst", "Is a directory"},
         // A FIFO once blocked the tool for good, hence the time limit.
-        {folder_ / "pipe.dst", "Not a regular file"},
+        {folder.path() / "pipe.dst", "Not a regular file"},
     };
     for (const FileCase& c : cases) {
         expectSystemError(
@@ -54,19 +54,20 @@ TEST_F(ErrorMessages, UnreadableInputIsPermissionDenied) {
     }
     const FileCase locked{sample("heart.dst"), "Permission denied"};
     std::filesystem::permissions(locked.file, std::filesystem::perms::none);
+    handOver(folder.path(), *user);  // the file, not its folder, is what may not be read
     expectSystemError(runToolAs(*user, {"info", locked.file.string()}),
                       runToolAs(*user, {"info", "--json", locked.file.string()}), locked);
 }
 
 TEST_F(ErrorMessages, NamesThatAreNotUtf8StillPrint) {
     // A Latin-1 name, as old USB sticks and zip files carry them.
-    const auto design = folder_ / "caf\xe9.dst";
+    const auto design = folder.path() / "caf\xe9.dst";
     std::filesystem::copy_file(sample("heart.dst"), design);
     ToolRun run = runTool({"info", design.string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out.rfind("caf\xe9.dst (DST", 0), 0u) << run.out;
 
-    const auto dump = folder_ / "dump.json";
+    const auto dump = folder.path() / "dump.json";
     for (const ToolRun& json : {runTool({"info", "--json", design.string()}),
                                 runTool({"convert", design.string(), dump.string()})}) {
         EXPECT_EQ(json.exitCode, 0) << json.err;
@@ -79,10 +80,10 @@ TEST_F(ErrorMessages, NamesThatAreNotUtf8StillPrint) {
 
 TEST_F(ErrorMessages, FilesThatReadButLookWrongGetAWarning) {
     // A DST file cut off after a few hundred records.
-    const auto cut = folder_ / "cut.dst";
+    const auto cut = folder.path() / "cut.dst";
     std::ofstream(cut, std::ios::binary) << readText(sample("heart.dst")).substr(0, 1500);
     // Bytes that the EXP reader takes for 1,000 moves of 12.7 mm to the upper right.
-    const auto huge = folder_ / "huge.exp";
+    const auto huge = folder.path() / "huge.exp";
     std::ofstream(huge, std::ios::binary) << std::string(2000, '\x7f');
     // The file's own numbers: 988 bytes after the header hold 329 whole records.
     const std::vector<std::tuple<std::filesystem::path, std::string, std::string>> cases = {

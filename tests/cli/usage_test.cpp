@@ -59,7 +59,7 @@ std::size_t characterIndex(const std::string& line, const std::string& text) {
 
 TEST_F(Usage, MistakesExitTwoWithOnePlainMessage) {
     const std::string input = sample("heart.dst").string();
-    const std::string out = (folder_ / "out.dst").string();
+    const std::string out = (folder.path() / "out.dst").string();
     const std::vector<std::pair<Arguments, std::string>> cases = {
         {{"convert", input, out, "--select-all", "--flip", "x"}, "--flip: expects V or H"},
         {{"convert", input, out, "--optimize", "XYZ"}, "--optimize: 'XYZ' is no format"},
@@ -68,15 +68,16 @@ TEST_F(Usage, MistakesExitTwoWithOnePlainMessage) {
          "--delete-thread 9: thread 9 is out of range (0 to 3)"},
         {{"convert", input, out, "--move-thread", "0,-1"}, "thread -1 is out of range"},
         {{"convert", input, out, "--at", "1,2"}, "--at: must follow --append"},
-        {{"convert", input, (folder_ / "out.pes").string(), "--hoop", "Janome,0"},
+        {{"convert", input, (folder.path() / "out.pes").string(), "--hoop", "Janome,0"},
          "--hoop Janome,0: .pes files record no hoop"},
-        {{"convert", input, (folder_ / "out.jef").string(), "--hoop", "Pfaff,2"},
+        {{"convert", input, (folder.path() / "out.jef").string(), "--hoop", "Pfaff,2"},
          "--hoop Pfaff,2: .jef files take a Janome hoop"},
-        {{"convert", input, (folder_ / "out.xyz").string()}, "hemlark cannot write .xyz files"},
+        {{"convert", input, (folder.path() / "out.xyz").string()},
+         "hemlark cannot write .xyz files"},
         {{"convert", input, out, "--palette", "Janom"}, "no palette named \"Janom\""},
         {{"convert", input, "--to", "xyz"}, "--to: hemlark cannot write .xyz files"},
         {{"convert", input, "--to", "pes", "--jobs", "-1"}, "--jobs: must be 0 or more, got -1"},
-        {{"render", input, (folder_ / "out.png").string(), "--thread", "9"},
+        {{"render", input, (folder.path() / "out.png").string(), "--thread", "9"},
          "--thread 9: thread 9 is out of range"},
     };
     for (const auto& [arguments, message] : cases) {
@@ -90,8 +91,8 @@ TEST_F(Usage, MistakesExitTwoWithOnePlainMessage) {
 
 TEST_F(Usage, OptionsTakeWhatUsersType) {
     const std::string input = sample("heart.dst").string();
-    const auto lower = folder_ / "lower.json";
-    const auto upper = folder_ / "upper.json";
+    const auto lower = folder.path() / "lower.json";
+    const auto upper = folder.path() / "upper.json";
     for (const auto& [dump, orientation] : {std::pair(lower, "h"), std::pair(upper, "H")}) {
         EXPECT_EQ(runTool({"convert", input, dump.string(), "--select-all", "--flip", orientation})
                       .exitCode,
@@ -100,17 +101,18 @@ TEST_F(Usage, OptionsTakeWhatUsersType) {
     EXPECT_EQ(readText(lower), readText(upper));
 
     // Batch outputs get lower-case extensions; --log may follow the subcommand.
-    const ToolRun run = runTool({"convert", input, "--to", ".DST", "--out-dir",
-                                 (folder_ / "out").string(), "--log", (folder_ / "log").string()});
+    const ToolRun run =
+        runTool({"convert", input, "--to", ".DST", "--out-dir", (folder.path() / "out").string(),
+                 "--log", (folder.path() / "log").string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_TRUE(std::filesystem::exists(folder_ / "out" / "heart.dst"));
-    EXPECT_TRUE(std::filesystem::exists(folder_ / "log"));
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "out" / "heart.dst"));
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "log"));
 }
 
 TEST_F(Usage, EditsWithoutASelectionWarn) {
     const std::string input = sample("heart.dst").string();
     const ToolRun run =
-        runTool({"convert", input, (folder_ / "out.dst").string(), "--rotate", "45"});
+        runTool({"convert", input, (folder.path() / "out.dst").string(), "--rotate", "45"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err.rfind("hemlark: " + input + ": warning: --rotate 45 changes nothing", 0), 0u)
         << run.err;
@@ -119,8 +121,8 @@ TEST_F(Usage, EditsWithoutASelectionWarn) {
 TEST_F(Usage, AppendAtPutsTheAppendedDesignsOriginThere) {
     const std::string input = sample("heart.dst").string();
     const std::string star = sample("star.pes").string();
-    const auto pasted = folder_ / "pasted.json";
-    const auto placed = folder_ / "placed.json";
+    const auto pasted = folder.path() / "pasted.json";
+    const auto placed = folder.path() / "placed.json";
     ASSERT_EQ(runTool({"convert", input, pasted.string(), "--append", star}).exitCode, 0);
     ASSERT_EQ(
         runTool({"convert", input, placed.string(), "--append", star, "--at", "100,0"}).exitCode,
@@ -160,15 +162,15 @@ TEST_F(Usage, PaletteNamesTakeAnyCaseAndMistakesGetASuggestion) {
     const ToolRun run = runTool({"palettes", "Janom"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_NE(run.err.find("did you mean \"Janome\"?"), std::string::npos) << run.err;
-    EXPECT_EQ(runTool({"convert", sample("heart.dst").string(), (folder_ / "out.dst").string(),
-                       "--palette", "janome"})
+    EXPECT_EQ(runTool({"convert", sample("heart.dst").string(),
+                       (folder.path() / "out.dst").string(), "--palette", "janome"})
                   .exitCode,
               0);
 }
 
 TEST_F(Usage, InstallDepsIsQuietWhenAllIsThereAndClearWithoutRoot) {
     const std::string script = std::string(HEMLARK_SAMPLES_DIR) + "/../scripts/install-deps";
-    const auto fakes = folder_ / "bin";
+    const auto fakes = folder.path() / "bin";
     std::filesystem::create_directory(fakes);
     auto fake = [&](const std::string& name, const std::string& body) {
         std::ofstream(fakes / name) << "#!/bin/sh\n" << body << "\n";
