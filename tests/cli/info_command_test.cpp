@@ -22,7 +22,7 @@ TEST_F(InfoCommand, PrintsTheDesignDescription) {
     const auto file = sample("flower.pes");
     ToolRun run = runTool({"info", file.string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, imported(file).description() + "\n");
+    EXPECT_EQ(run.out, designInfoText(imported(file)) + "\n");
     EXPECT_EQ(run.err, "");
 }
 
@@ -31,7 +31,7 @@ TEST_F(InfoCommand, UnitOptionShowsSizesInThatUnit) {
     for (auto [unit, code] : {std::pair{"mm", 0}, {"in", 1}, {"frac", 2}}) {
         HMKUserDefaults::standard().setInteger(code, "MeasurementUnit");
         ToolRun run = runTool({"info", file.string(), "--unit", unit});
-        EXPECT_EQ(run.out, imported(file).description() + "\n") << unit;
+        EXPECT_EQ(run.out, designInfoText(imported(file)) + "\n") << unit;
     }
 }
 
@@ -41,7 +41,7 @@ TEST_F(InfoCommand, SeveralFilesAreSeparatedByABlankLine) {
     ToolRun run = runTool({"info", flower.string(), star.string()});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.out,
-              imported(flower).description() + "\n\n" + imported(star).description() + "\n");
+              designInfoText(imported(flower)) + "\n\n" + designInfoText(imported(star)) + "\n");
 }
 
 TEST_F(InfoCommand, JsonHasEveryFieldOfTheDesignButNoRecords) {
