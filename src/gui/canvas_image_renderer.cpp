@@ -21,7 +21,7 @@ QSize HMKCanvasRenderRequest::pixelSize() const {
 bool HMKCanvasRenderRequest::drawsSameAs(const HMKCanvasRenderRequest& other) const {
     return designGeneration == other.designGeneration && scale == other.scale &&
            region == other.region && show3D == other.show3D && showJumps == other.showJumps &&
-           showStructure == other.showStructure;
+           showStructure == other.showStructure && sewnRecords == other.sewnRecords;
 }
 
 namespace {
@@ -30,9 +30,10 @@ namespace {
 constexpr qint64 kBandedPixels = 512 * 512;
 constexpr int kMaximumBands = 4;
 
-// Draws the rows [top, top + rows) of the request's picture into image, which is that band.
-void drawBand(const HMKCanvasRenderRequest& request, QImage& image, int top) {
-    image.fill(Qt::transparent);
+// Draws design (the request's, or a copy of it with a display range) over the rows
+// [top, top + rows) of the request's picture into image, which is that band.
+void drawDesignBand(const HMKCanvasRenderRequest& request, const HMKDesign& design,
+                    QImage& image, int top) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     // Design units to pixels with y pointing up, the region's top-left at (0, -top).
@@ -44,8 +45,44 @@ void drawBand(const HMKCanvasRenderRequest& request, QImage& image, int top) {
     const HMKRect band{request.region.x, regionTop - (top + image.height()) / request.scale,
                        request.region.width, image.height() / request.scale};
     HMKPainterContext context(painter);
-    request.design->drawDesignInRect(band, context, request.show3D, request.showJumps,
-                                     request.showStructure);
+    design.drawDesignInRect(band, context, request.show3D, request.showJumps,
+                            request.showStructure);
+}
+
+// The records the renderer draws for a display range of location 0 and this length are the
+// first length + 1; nothing at all is sewn before the first frame.
+HMKRange firstRecords(std::uint64_t count) {
+    return HMKRange{0, count - 1};
+}
+
+}  // namespace
+
+void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to) {
+    const std::uint64_t from = image.request.sewnRecords.value_or(0);
+    if (to <= from || image.image.isNull()) {
+        return;
+    }
+    // The renderer draws records location - 1 through location + length; from a later
+    // location it cannot start at exactly one record, so a single new record redraws the
+    // one before it, which lies under it anyway.
+    if (from == 0) {
+        design.setDisplayRange(firstRecords(to));
+    } else if (to - from == 1) {
+        design.setDisplayRange({from, 0});
+    } else {
+        design.setDisplayRange({from + 1, to - from - 2});
+    }
+    drawDesignBand(image.request, design, image.image, 0);
+    image.request.sewnRecords = to;
+}
+
+namespace {
+
+// Draws the rows [top, top + rows) of the request's picture into image, which is that band.
+void drawBand(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image,
+              int top) {
+    image.fill(Qt::transparent);
+    drawDesignBand(request, design, image, top);
 }
 
 }  // namespace
@@ -59,12 +96,24 @@ QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     if (image.isNull()) {
         return {};
     }
+    // The stitch-out animation's pictures draw a copy whose display range ends at the needle.
+    const HMKDesign* design = request.design.get();
+    std::optional<HMKDesign> sewn;
+    if (request.sewnRecords) {
+        if (*request.sewnRecords == 0) {
+            image.fill(Qt::transparent);
+            return image;
+        }
+        sewn.emplace(*request.design);
+        sewn->setDisplayRange(firstRecords(*request.sewnRecords));
+        design = &*sewn;
+    }
     const qint64 pixels = static_cast<qint64>(size.width()) * size.height();
     const int bands = pixels < kBandedPixels ? 1
                                              : std::clamp(QThread::idealThreadCount(), 1,
                                                           std::min(kMaximumBands, size.height()));
     if (bands == 1) {
-        drawBand(request, image, 0);
+        drawBand(request, *design, image, 0);
         return image;
     }
     // Horizontal bands drawn in parallel, each into its own raster (a QImage is not shared
@@ -78,9 +127,9 @@ QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     std::vector<std::thread> helpers;
     for (std::size_t band = 1; band < parts.size(); ++band) {
         helpers.emplace_back(
-            [&, band] { drawBand(request, parts[band], static_cast<int>(band) * rowsPerBand); });
+            [&, band] { drawBand(request, *design, parts[band], static_cast<int>(band) * rowsPerBand); });
     }
-    drawBand(request, parts[0], 0);
+    drawBand(request, *design, parts[0], 0);
     for (std::thread& helper : helpers) {
         helper.join();
     }

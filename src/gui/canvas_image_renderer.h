@@ -30,6 +30,8 @@ struct HMKCanvasRenderRequest {
     bool show3D = true;
     bool showJumps = true;
     bool showStructure = false;
+    // While the stitch-out animation runs: only the first records of the design are drawn.
+    std::optional<std::uint64_t> sewnRecords;
 
     // The picture's size in pixels.
     QSize pixelSize() const;
@@ -48,6 +50,11 @@ struct HMKCanvasImage {
 QImage renderCanvasImage(const HMKCanvasRenderRequest& request);
 
 inline constexpr int kMaximumCanvasImageSide = 8192;
+
+// Draws the records [from, to) of design onto a picture drawn for the first from records
+// (GUI thread, a few at a time while the stitch-out animation plays). design is a copy of the
+// picture's design whose display range this changes.
+void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to);
 
 class HMKCanvasImageRenderer : public QObject {
     Q_OBJECT

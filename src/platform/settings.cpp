@@ -162,6 +162,22 @@ HMKSewingTimeSettings HMKSettings::sewingTimeSettings() const {
     return settings;
 }
 
+HMKPrintOptions HMKSettings::printOptions() const {
+    HMKPrintOptions options;
+    options.showJumps = value(printJumps);
+    options.showGrid = value(printGrid);
+    options.showCenter = value(printCenter);
+    options.showHoop = value(printHoop);
+    options.showFirst = value(printFirst);
+    options.showLast = value(printLast);
+    options.showStructure = value(printStructure);
+    options.fastMode = value(printFastMode);
+    options.printTemplate = value(printTemplate);
+    options.unit = value(measurementUnit);
+    options.timing = sewingTimeSettings();
+    return options;
+}
+
 void HMKSettings::resetAll() {
     for (const auto& [name, defaultValue] : knownKeys()) {
         storeValue(name, QVariant());

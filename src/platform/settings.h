@@ -23,6 +23,7 @@
 #include <QVariant>
 
 #include "model/sewing_time.h"
+#include "platform/printout.h"
 #include "model/units.h"
 
 // One setting: the key it is stored under and the value used while none is stored.
@@ -119,6 +120,8 @@ public:
     }
     // The sewing-time estimate's settings, with the machine speed above.
     HMKSewingTimeSettings sewingTimeSettings() const;
+    // The print switches, unit and machine speed as the printouts take them.
+    HMKPrintOptions printOptions() const;
     // Forgets every setting above (the preferences window's "Restore Defaults").
     void resetAll();
     // Writes pending changes to the file now (QSettings otherwise writes them a little later).
