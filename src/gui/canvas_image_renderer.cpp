@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <thread>
+#include <optional>
 #include <vector>
 
 #include <QCoreApplication>
@@ -62,17 +63,34 @@ void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to)
     if (to <= from || image.image.isNull()) {
         return;
     }
-    // The renderer draws records location - 1 through location + length; from a later
-    // location it cannot start at exactly one record, so a single new record redraws the
-    // one before it, which lies under it anyway.
+    // The renderer draws records location - 1 through location + length, so a range that
+    // starts after the first record always draws at least two. A single new record is drawn
+    // with the one before it turned into a null move (which the renderer skips) whose delta
+    // the record before that takes over, so the new record starts where it should; drawing
+    // that earlier record again would darken its translucent edges.
+    std::vector<HMKStitch>& stitches = design.stitches();
+    std::optional<std::pair<HMKStitch, HMKStitch>> borrowed;
     if (from == 0) {
         design.setDisplayRange(firstRecords(to));
-    } else if (to - from == 1) {
-        design.setDisplayRange({from, 0});
-    } else {
+    } else if (to - from > 1) {
         design.setDisplayRange({from + 1, to - from - 2});
+    } else if (from == 1) {
+        image.image.fill(Qt::transparent);
+        design.setDisplayRange(firstRecords(to));
+    } else {
+        HMKStitch& carrier = stitches[from - 2];
+        HMKStitch& skipped = stitches[from - 1];
+        borrowed.emplace(carrier, skipped);
+        carrier.deltaX += skipped.deltaX;
+        carrier.deltaY += skipped.deltaY;
+        skipped.deltaX = skipped.deltaY = 0;
+        design.setDisplayRange({from, 0});
     }
     drawDesignBand(image.request, design, image.image, 0);
+    if (borrowed) {
+        stitches[from - 2] = borrowed->first;
+        stitches[from - 1] = borrowed->second;
+    }
     image.request.sewnRecords = to;
 }
 

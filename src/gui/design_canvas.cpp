@@ -263,9 +263,11 @@ void HMKDesignCanvas::reportViewState() {
 // --- Scrolling --------------------------------------------------------------------------
 
 void HMKDesignCanvas::geometryDidChange() {
-    updateRulers();
+    const int margin = switches_.rulers ? HMKRuler::kThickness : 0;
+    setViewportMargins(margin, margin, 0, 0);
     geometry_.viewport = viewport()->size();
     updateScrollBars();
+    updateRulers();
     reportViewState();
     requestImageIfNeeded();
     viewport()->update();
@@ -521,8 +523,7 @@ void HMKDesignCanvas::paintMeasurement(QPainter& painter) const {
 // --- Rulers and measuring -------------------------------------------------------------------
 
 void HMKDesignCanvas::updateRulers() {
-    const int thickness = switches_.rulers ? HMKRuler::kThickness : 0;
-    setViewportMargins(thickness, thickness, 0, 0);
+    const int thickness = HMKRuler::kThickness;
     horizontalRuler_->setVisible(switches_.rulers);
     verticalRuler_->setVisible(switches_.rulers);
     rulerCorner_->setVisible(switches_.rulers);
