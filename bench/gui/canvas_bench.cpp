@@ -1,6 +1,7 @@
 // The design canvas's paint path, offscreen: a pan frame of a 1,000,000-stitch design (the
-// picture is blitted; budget 16 ms) and a full re-render after a zoom of a 100,000-stitch
-// design with the shaded 3D look (drawn off the GUI thread; budget 300 ms).
+// picture is blitted; budget 16 ms), a full re-render after a zoom of a 100,000-stitch
+// design with the shaded 3D look (drawn off the GUI thread; budget 300 ms), and a frame of
+// the stitch-out animation at full speed on the 1,000,000-stitch design (budget 16 ms).
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -117,9 +118,32 @@ void BM_CanvasRerenderFlat100k(benchmark::State& state) {
     rerender(state, false);
 }
 
+// One frame of the stitch-out animation at full speed on the 1,000,000-stitch design, late in
+// the design (from 750,000 stitches on): the engine sews 1/60 s worth of stitches, the canvas
+// draws them onto its picture and the viewport is painted. Budget 16 ms.
+void BM_StitchOutFrame1M(benchmark::State& state) {
+    CanvasFixture fixture(1'000'000, true);
+    HMKDesignCanvas& canvas = *fixture.canvas;
+    HMKStitchOutAnimation& animation = canvas.stitchOut();
+    animation.setActive(true);
+    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
+    animation.seek(750'000);
+    canvas.waitForImage();
+    animation.play();
+    QImage frame(canvas.viewport()->size(), QImage::Format_ARGB32_Premultiplied);
+    for (auto _ : state) {
+        animation.advanceFrame(1.0 / 60);
+        canvas.viewport()->render(&frame);
+        benchmark::DoNotOptimize(frame.constBits());
+    }
+    state.counters["stitches_per_frame"] = HMKStitchOutPlayer::kMaximumSpeed / 60;
+    state.counters["re-renders"] = canvas.isImageCurrent() ? 0 : 1;
+}
+
 BENCHMARK(BM_CanvasPanFrame1M)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_CanvasRerender3D100k)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_CanvasRerenderFlat100k)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_StitchOutFrame1M)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(600);
 
 }  // namespace
 

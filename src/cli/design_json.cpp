@@ -81,9 +81,9 @@ HMKJson designJson(const HMKDesign& design, bool withRecords, const HMKSewingTim
 std::string designInfoText(const HMKDesign& design, const HMKSewingTimeSettings& timing) {
     char speed[32];
     std::snprintf(speed, sizeof speed, "%g", timing.stitchesPerMinute);
-    return design.description() + "\nsewing time: " +
-           sewingTimeText(sewingSecondsOf(design.stitches(), timing)) + " at " + speed +
-           " stitches per minute";
+    return design.description() +
+           "\nsewing time: " + sewingTimeText(sewingSecondsOf(design.stitches(), timing)) + " at " +
+           speed + " stitches per minute";
 }
 
 HMKJson errorJson(const HMKError& error) {

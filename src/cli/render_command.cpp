@@ -34,12 +34,8 @@ struct RenderOptions {
 };
 
 const std::map<std::string, QPageSize::PageSizeId> kPageSizes = {
-    {"A3", QPageSize::A3},
-    {"A4", QPageSize::A4},
-    {"A5", QPageSize::A5},
-    {"Letter", QPageSize::Letter},
-    {"Legal", QPageSize::Legal},
-    {"Tabloid", QPageSize::Tabloid},
+    {"A3", QPageSize::A3},         {"A4", QPageSize::A4},       {"A5", QPageSize::A5},
+    {"Letter", QPageSize::Letter}, {"Legal", QPageSize::Legal}, {"Tabloid", QPageSize::Tabloid},
 };
 
 // The worksheet and the template as the print command makes them (with the print switches'
@@ -70,8 +66,8 @@ int runPrintout(const RenderOptions& options, const HMKDesign& design) {
     print.fastMode = !options.show3D;
     print.timing.stitchesPerMinute = options.stitchesPerMinute;
     HMKError error;
-    if (!writePrintoutPdf(design, options.output, print,
-                          QPageSize(kPageSizes.at(options.pageSize)), &error)) {
+    if (!writePrintoutPdf(design, options.output, print, QPageSize(kPageSizes.at(options.pageSize)),
+                          &error)) {
         printError(error);
         return kExitFailure;
     }

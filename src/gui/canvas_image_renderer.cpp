@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <thread>
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include <QCoreApplication>
@@ -33,8 +33,8 @@ constexpr int kMaximumBands = 4;
 
 // Draws design (the request's, or a copy of it with a display range) over the rows
 // [top, top + rows) of the request's picture into image, which is that band.
-void drawDesignBand(const HMKCanvasRenderRequest& request, const HMKDesign& design,
-                    QImage& image, int top) {
+void drawDesignBand(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image,
+                    int top) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     // Design units to pixels with y pointing up, the region's top-left at (0, -top).
@@ -144,8 +144,9 @@ QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     }
     std::vector<std::thread> helpers;
     for (std::size_t band = 1; band < parts.size(); ++band) {
-        helpers.emplace_back(
-            [&, band] { drawBand(request, *design, parts[band], static_cast<int>(band) * rowsPerBand); });
+        helpers.emplace_back([&, band] {
+            drawBand(request, *design, parts[band], static_cast<int>(band) * rowsPerBand);
+        });
     }
     drawBand(request, *design, parts[0], 0);
     for (std::thread& helper : helpers) {

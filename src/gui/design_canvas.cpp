@@ -535,8 +535,7 @@ void HMKDesignCanvas::updateRulers() {
     verticalRuler_->setGeometry(view.left() - thickness, view.top(), thickness, view.height());
     rulerCorner_->setGeometry(view.left() - thickness, view.top() - thickness, thickness,
                               thickness);
-    rulerCorner_->setText(switches_.unit == HMKMeasurementUnit::millimetres ? tr("mm")
-                                                                            : tr("in"));
+    rulerCorner_->setText(switches_.unit == HMKMeasurementUnit::millimetres ? tr("mm") : tr("in"));
     const QPointF origin = geometry_.toPixels(HMKPoint{0, 0});
     const double pixelsPerMillimetre = geometry_.scale * kUnitsPerMillimetre;
     horizontalRuler_->setScale(switches_.unit, origin.x(), pixelsPerMillimetre);

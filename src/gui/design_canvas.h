@@ -94,7 +94,15 @@ protected:
 
 private:
     // What a left or middle button press turned into.
-    enum class Gesture { none, pressed, pressedOnSelection, rubberBand, moveSelection, pan, measure };
+    enum class Gesture {
+        none,
+        pressed,
+        pressedOnSelection,
+        rubberBand,
+        moveSelection,
+        pan,
+        measure
+    };
     // What the canvas shows from the settings, read once per change.
     struct Switches {
         bool jumps = true;

@@ -28,8 +28,8 @@
 #include "gui/dialog_hooks.h"
 #include "gui/information_panel.h"
 #include "gui/player_panel.h"
-#include "platform/printout.h"
 #include "gui/thread_list_view.h"
+#include "platform/printout.h"
 
 namespace {
 
@@ -678,9 +678,9 @@ void HMKDocumentWindow::exportPdf() {
     std::filesystem::path suggested = document_->fileURL();
     const std::string stem =
         std::filesystem::path(document_->design().designName()).stem().string();
-    suggested.replace_filename((stem.empty() ? std::string("Untitled") : stem) +
-                               (settings_.value(HMKSettings::printTemplate) ? " template.pdf"
-                                                                            : " worksheet.pdf"));
+    suggested.replace_filename(
+        (stem.empty() ? std::string("Untitled") : stem) +
+        (settings_.value(HMKSettings::printTemplate) ? " template.pdf" : " worksheet.pdf"));
     QString path = dialogHooks().saveFileName(this, fileText(suggested), tr("PDF (*.pdf)"));
     if (path.isEmpty()) {
         return;

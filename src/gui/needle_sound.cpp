@@ -17,6 +17,20 @@ constexpr double kDecaySeconds = 0.0018;
 constexpr double kLoudness = 0.35;
 constexpr int kPreferredRate = 44100;
 
+// The audio layer reports a missing sound server as a warning; a machine without one simply
+// plays no clicks, so those lines are dropped while the output is looked for.
+QtMessageHandler forwardedHandler = nullptr;
+
+void dropAudioServerWarnings(QtMsgType type, const QMessageLogContext& context,
+                             const QString& message) {
+    if (type == QtWarningMsg && message.startsWith(QLatin1String("PulseAudioService"))) {
+        return;
+    }
+    if (forwardedHandler) {
+        forwardedHandler(type, context, message);
+    }
+}
+
 }  // namespace
 
 HMKNeedleSound::HMKNeedleSound(QObject* parent) : QObject(parent) {}
@@ -45,7 +59,9 @@ QByteArray HMKNeedleSound::clickSamples(int sampleRate) {
 
 void HMKNeedleSound::open() {
     opened_ = true;
+    forwardedHandler = qInstallMessageHandler(dropAudioServerWarnings);
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
+    qInstallMessageHandler(forwardedHandler);
     if (device.isNull()) {
         return;
     }

@@ -64,13 +64,13 @@ HMKPlayerPanel::HMKPlayerPanel(HMKStitchOutAnimation& animation, HMKSettings& se
     auto* layout = new QVBoxLayout(this);
     auto* transport = new QHBoxLayout;
     for (const TransportRow& row : kTransport) {
-        auto* action = new QAction(
-            QIcon::fromTheme(row.iconName, style()->standardIcon(row.fallback)), tr(row.text),
-            this);
+        auto* action =
+            new QAction(QIcon::fromTheme(row.iconName, style()->standardIcon(row.fallback)),
+                        tr(row.text), this);
         action->setShortcut(QKeySequence(QString::fromLatin1(row.shortcut)));
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        action->setToolTip(
-            tr("%1 (%2)").arg(action->text(), action->shortcut().toString(QKeySequence::NativeText)));
+        action->setToolTip(tr("%1 (%2)").arg(
+            action->text(), action->shortcut().toString(QKeySequence::NativeText)));
         connect(action, &QAction::triggered, &animation_, row.command);
         addAction(action);
         auto* button = new QToolButton(this);
@@ -83,12 +83,12 @@ HMKPlayerPanel::HMKPlayerPanel(HMKStitchOutAnimation& animation, HMKSettings& se
     }
     position_ = new QSlider(Qt::Horizontal, this);
     position_->setToolTip(tr("Drag to sew up to any stitch"));
-    connect(position_, &QSlider::valueChanged, this, [this](int value) {
-        animation_.seek(static_cast<std::uint64_t>(value));
-    });
+    connect(position_, &QSlider::valueChanged, this,
+            [this](int value) { animation_.seek(static_cast<std::uint64_t>(value)); });
     transport->addWidget(position_, 1);
     stitch_ = new QLabel(this);
-    stitch_->setMinimumWidth(fontMetrics().horizontalAdvance(tr("Stitch 000,000,000 of 000,000,000")));
+    stitch_->setMinimumWidth(
+        fontMetrics().horizontalAdvance(tr("Stitch 000,000,000 of 000,000,000")));
     transport->addWidget(stitch_);
     layout->addLayout(transport);
 
@@ -129,8 +129,7 @@ HMKPlayerPanel::HMKPlayerPanel(HMKStitchOutAnimation& animation, HMKSettings& se
     layout->addLayout(facts);
 
     connect(&animation_, &HMKStitchOutAnimation::changed, this, &HMKPlayerPanel::refresh);
-    connect(&animation_, &HMKStitchOutAnimation::stitchesSewn, this,
-            &HMKPlayerPanel::stitchesSewn);
+    connect(&animation_, &HMKStitchOutAnimation::stitchesSewn, this, &HMKPlayerPanel::stitchesSewn);
     connect(&settings_, &HMKSettings::changed, this, [this](const QString& key) {
         if (key == HMKSettings::soundMuted.name || key == HMKSettings::machineSpeed.name) {
             refresh();
@@ -159,8 +158,8 @@ void HMKPlayerPanel::refresh() {
         const QSignalBlocker blockSlider(speedSlider_);
         const QSignalBlocker blockBox(speedBox_);
         const QSignalBlocker blockMute(mute_);
-        position_->setRange(0, static_cast<int>(std::min<std::uint64_t>(player.recordCount(),
-                                                                         INT32_MAX)));
+        position_->setRange(
+            0, static_cast<int>(std::min<std::uint64_t>(player.recordCount(), INT32_MAX)));
         position_->setValue(static_cast<int>(player.position()));
         position_->setPageStep(std::max(1, position_->maximum() / 20));
         speedSlider_->setValue(speedStep(player.speed()));
@@ -201,8 +200,7 @@ void HMKPlayerPanel::refresh() {
 }
 
 void HMKPlayerPanel::stitchesSewn(std::uint64_t) {
-    if (!settings_.value(HMKSettings::soundMuted) &&
-        animation_.player().speed() <= kLoudestSpeed) {
+    if (!settings_.value(HMKSettings::soundMuted) && animation_.player().speed() <= kLoudestSpeed) {
         sound_.click();
     }
 }

@@ -183,8 +183,8 @@ QWidget* HMKPreferencesDialog::buildGeneralPage() {
     return page;
 }
 
-QSpinBox* HMKPreferencesDialog::spinBoxFor(const HMKSettingKey<int>& key, int minimum,
-                                           int maximum, const QString& suffix, QWidget* page) {
+QSpinBox* HMKPreferencesDialog::spinBoxFor(const HMKSettingKey<int>& key, int minimum, int maximum,
+                                           const QString& suffix, QWidget* page) {
     auto* box = new QSpinBox(page);
     box->setRange(minimum, maximum);
     box->setSuffix(suffix);
@@ -202,8 +202,7 @@ QWidget* HMKPreferencesDialog::buildPlayerPage() {
     auto* form = new QFormLayout(page);
     form->addRow(tr("Stitch-out &speed:"),
                  spinBoxFor(HMKSettings::stitchSpeed, 1, 20000, tr(" stitches/s"), page));
-    QSpinBox* machine =
-        spinBoxFor(HMKSettings::machineSpeed, 50, 3000, tr(" stitches/min"), page);
+    QSpinBox* machine = spinBoxFor(HMKSettings::machineSpeed, 50, 3000, tr(" stitches/min"), page);
     machine->setSingleStep(50);
     machine->setToolTip(
         tr("The embroidery machine's speed, for the sewing time shown in the information "

@@ -51,8 +51,7 @@ double majorStepFor(const RulerScheme& scheme, double pixelsPerUnit) {
 
 std::string labelFor(double value, HMKMeasurementUnit unit) {
     if (unit == HMKMeasurementUnit::fractionalInches) {
-        std::string text =
-            HMKValueTransformer::transformedValue(value * kMillimetresPerInch, unit);
+        std::string text = HMKValueTransformer::transformedValue(value * kMillimetresPerInch, unit);
         text.pop_back();  // the inch sign: the ruler's corner names the unit
         return text;
     }

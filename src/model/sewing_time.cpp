@@ -33,8 +33,7 @@ double sewingSecondsOf(std::span<const HMKStitch> stitches, const HMKSewingTimeS
 }
 
 std::string sewingTimeText(double seconds) {
-    const long long total =
-        std::isfinite(seconds) && seconds > 0 ? std::llround(seconds) : 0;
+    const long long total = std::isfinite(seconds) && seconds > 0 ? std::llround(seconds) : 0;
     char text[48];
     if (total >= 3600) {
         std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", total / 3600, total / 60 % 60,

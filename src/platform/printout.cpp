@@ -96,10 +96,11 @@ public:
         font.setLetterSpacing(QFont::AbsoluteSpacing, 0.02);
         painter_.setFont(font);
         painter_.setPen(color);
-        const QRectF box = rect(millimetres.x(), millimetres.y(), millimetres.width(),
-                                millimetres.height());
-        painter_.drawText(box, flags, QFontMetricsF(font, painter_.device())
-                                          .elidedText(line, Qt::ElideRight, box.width()));
+        const QRectF box =
+            rect(millimetres.x(), millimetres.y(), millimetres.width(), millimetres.height());
+        painter_.drawText(
+            box, flags,
+            QFontMetricsF(font, painter_.device()).elidedText(line, Qt::ElideRight, box.width()));
     }
     QPen pen(const QColor& color, double widthMillimetres) const {
         QPen pen(color, dots(widthMillimetres));
@@ -133,8 +134,8 @@ void paintScene(Page& page, const HMKDesign& design, const QTransform& designToD
              x += spacing) {
             painter.drawLine(QPointF(x, visible.y), QPointF(x, visible.y + visible.height));
         }
-        for (double y = std::ceil(visible.y / spacing) * spacing;
-             y <= visible.y + visible.height; y += spacing) {
+        for (double y = std::ceil(visible.y / spacing) * spacing; y <= visible.y + visible.height;
+             y += spacing) {
             painter.drawLine(QPointF(visible.x, y), QPointF(visible.x + visible.width, y));
         }
     }
@@ -246,7 +247,10 @@ QString designTitle(const HMKDesign& design) {
 void paintFooter(Page& page, QSizeF size, int number, int count) {
     page.write({0, size.height() - kFooter + 1, size.width(), kFooter - 1},
                Qt::AlignHCenter | Qt::AlignBottom,
-               QObject::tr("%1 \u2014 page %2 of %3").arg(QStringLiteral("Hemlark")).arg(number).arg(count),
+               QObject::tr("%1 \u2014 page %2 of %3")
+                   .arg(QStringLiteral("Hemlark"))
+                   .arg(number)
+                   .arg(count),
                7, false, Qt::darkGray);
 }
 
@@ -268,15 +272,14 @@ void paintFacts(Page& page, const HMKDesign& design, const HMKPrintOptions& opti
          QObject::tr("%1 at %2 stitches/min")
              .arg(text(sewingTimeText(sewingSecondsOf(design.stitches(), options.timing))),
                   locale.toString(options.timing.stitchesPerMinute))},
-        {QObject::tr("Hoop"), design.designHoop() ? text(design.designHoop()->description())
-                                                  : QObject::tr("None")},
+        {QObject::tr("Hoop"),
+         design.designHoop() ? text(design.designHoop()->description()) : QObject::tr("None")},
     };
     double y = box.y();
     for (const auto& [label, value] : facts) {
-        page.write({box.x(), y, box.width(), 4.5}, Qt::AlignLeft | Qt::AlignVCenter, label, 8,
-                   true, Qt::darkGray);
-        page.write({box.x(), y + 4.2, box.width(), 5}, Qt::AlignLeft | Qt::AlignVCenter, value,
-                   10);
+        page.write({box.x(), y, box.width(), 4.5}, Qt::AlignLeft | Qt::AlignVCenter, label, 8, true,
+                   Qt::darkGray);
+        page.write({box.x(), y + 4.2, box.width(), 5}, Qt::AlignLeft | Qt::AlignVCenter, value, 10);
         y += 10.5;
     }
 }
@@ -353,8 +356,7 @@ bool paintWorksheet(QPainter& painter, QPagedPaintDevice& device, const HMKDesig
 
     page.write({0, 0, size.width(), kTitleHeight - 2}, Qt::AlignLeft | Qt::AlignVCenter, title, 16,
                true);
-    const QRectF picture(0, kTitleHeight, size.width() * kPictureWidthShare,
-                         layout.pictureHeight);
+    const QRectF picture(0, kTitleHeight, size.width() * kPictureWidthShare, layout.pictureHeight);
     painter.setPen(page.pen(QColor(0, 0, 0, 60), 0.2));
     painter.drawRect(page.rect(picture.x(), picture.y(), picture.width(), picture.height()));
     HMKRect world = designRect(design);
@@ -372,8 +374,8 @@ bool paintWorksheet(QPainter& painter, QPagedPaintDevice& device, const HMKDesig
     painter.restore();
     page.write({picture.x() + 1, picture.bottom() - 5, picture.width() - 2, 4.5},
                Qt::AlignRight | Qt::AlignVCenter,
-               QObject::tr("shown at %1 %").arg(
-                   QLocale().toString(millimetresPerUnit * kUnitsPerMillimetre * 100, 'f', 0)),
+               QObject::tr("shown at %1 %")
+                   .arg(QLocale().toString(millimetresPerUnit * kUnitsPerMillimetre * 100, 'f', 0)),
                7, false, Qt::darkGray);
     const double factsLeft = picture.right() + 6;
     paintFacts(page, design, options,
@@ -438,10 +440,12 @@ TemplateLayout templateLayout(const HMKDesign& design, QSizeF page) {
     layout.stepX = layout.area.width() - kTemplateOverlapMillimetres;
     layout.stepY = layout.area.height() - kTemplateOverlapMillimetres;
     // The pages together cover this much; the content sits in its middle.
-    const double coveredWidth =
-        layout.columns == 1 ? layout.area.width() : layout.columns * layout.stepX + kTemplateOverlapMillimetres;
-    const double coveredHeight =
-        layout.rows == 1 ? layout.area.height() : layout.rows * layout.stepY + kTemplateOverlapMillimetres;
+    const double coveredWidth = layout.columns == 1
+                                    ? layout.area.width()
+                                    : layout.columns * layout.stepX + kTemplateOverlapMillimetres;
+    const double coveredHeight = layout.rows == 1
+                                     ? layout.area.height()
+                                     : layout.rows * layout.stepY + kTemplateOverlapMillimetres;
     const double centreX = layout.content.x + layout.content.width / 2;
     const double centreY = layout.content.y + layout.content.height / 2;
     layout.origin = {centreX - coveredWidth / 2 * kUnitsPerMillimetre,
@@ -507,9 +511,8 @@ bool paintTemplate(QPainter& painter, QPagedPaintDevice& device, const HMKDesign
             painter.save();
             const QRectF clip = page.rect(area.x(), area.y(), area.width(), area.height());
             painter.setClipRect(clip);
-            paintScene(page, design,
-                       fitTransform(page, visible, area, 1 / kUnitsPerMillimetre), visible,
-                       options, true);
+            paintScene(page, design, fitTransform(page, visible, area, 1 / kUnitsPerMillimetre),
+                       visible, options, true);
             // Alignment marks in the middle of every overlap, in page millimetres.
             const auto toPage = [&](double xMillimetres, double yMillimetres) {
                 return QPointF(xMillimetres - column * layout.stepX,
@@ -523,11 +526,13 @@ bool paintTemplate(QPainter& painter, QPagedPaintDevice& device, const HMKDesign
                     for (double share : {0.25, 0.75}) {
                         if (c + 1 < layout.columns) {
                             paintAlignmentMark(
-                                page, toPage(seamX, r * layout.stepY + layout.area.height() * share));
+                                page,
+                                toPage(seamX, r * layout.stepY + layout.area.height() * share));
                         }
                         if (r + 1 < layout.rows) {
                             paintAlignmentMark(
-                                page, toPage(c * layout.stepX + layout.area.width() * share, seamY));
+                                page,
+                                toPage(c * layout.stepX + layout.area.width() * share, seamY));
                         }
                     }
                 }
@@ -541,9 +546,9 @@ bool paintTemplate(QPainter& painter, QPagedPaintDevice& device, const HMKDesign
 
 QSizeF printableMillimetres(const QPagedPaintDevice& device) {
     const double dotsPerMillimetre = device.logicalDpiX() / kMillimetresPerInch;
-    return QSizeF(device.width() / dotsPerMillimetre,
-                  device.height() * device.logicalDpiX() / double(device.logicalDpiY()) /
-                      dotsPerMillimetre);
+    return QSizeF(
+        device.width() / dotsPerMillimetre,
+        device.height() * device.logicalDpiX() / double(device.logicalDpiY()) / dotsPerMillimetre);
 }
 
 }  // namespace
@@ -573,8 +578,7 @@ bool paintPrintout(const HMKDesign& design, QPagedPaintDevice& device,
 }
 
 bool writePrintoutPdf(const HMKDesign& design, const std::filesystem::path& path,
-                      const HMKPrintOptions& options, const QPageSize& pageSize,
-                      HMKError* error) {
+                      const HMKPrintOptions& options, const QPageSize& pageSize, HMKError* error) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     bool painted = buffer.open(QIODevice::WriteOnly);
@@ -591,6 +595,5 @@ bool writePrintoutPdf(const HMKDesign& design, const std::filesystem::path& path
     if (!painted) {
         return fail(error, kPictureEncodingError, "The printout could not be created.");
     }
-    return writeFileAtomically(
-        path, std::vector<std::uint8_t>(bytes.begin(), bytes.end()), error);
+    return writeFileAtomically(path, std::vector<std::uint8_t>(bytes.begin(), bytes.end()), error);
 }

@@ -23,8 +23,8 @@
 #include <QVariant>
 
 #include "model/sewing_time.h"
-#include "platform/printout.h"
 #include "model/units.h"
+#include "platform/printout.h"
 
 // One setting: the key it is stored under and the value used while none is stored.
 template <typename T>

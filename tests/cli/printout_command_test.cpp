@@ -74,10 +74,12 @@ TEST_F(PrintoutCommand, TemplateHoopOutlineHasTrueSize) {
     ASSERT_LT(left, right);
     const int middleY = (top + bottom) / 2 + 20;  // off the centre line, on the straight edges
     const int middleX = (left + right) / 2 + 20;
-    const double width = (runCentre(page, right, middleY, -1, 0) -
-                          runCentre(page, left, middleY, 1, 0)) / kDotsPerMillimetre;
-    const double height = (runCentre(page, middleX, bottom, 0, -1) -
-                           runCentre(page, middleX, top, 0, 1)) / kDotsPerMillimetre;
+    const double width =
+        (runCentre(page, right, middleY, -1, 0) - runCentre(page, left, middleY, 1, 0)) /
+        kDotsPerMillimetre;
+    const double height =
+        (runCentre(page, middleX, bottom, 0, -1) - runCentre(page, middleX, top, 0, 1)) /
+        kDotsPerMillimetre;
     EXPECT_NEAR(width, 110.0, 0.5);
     EXPECT_NEAR(height, 110.0, 0.5);
 }
@@ -93,11 +95,12 @@ TEST_F(PrintoutCommand, TemplateTilesOverPagesWhenTooBig) {
     for (const Case& c : {Case{0, "A4", "1"}, Case{28, "A4", "2"}, Case{28, "A3", "1"},
                           Case{29, "A4", "4"}, Case{29, "A5", "4"}}) {
         const auto pdf = folder_ / "tiled.pdf";
-        ToolRun run = runTool(
-            {"render", flowerInHoop(c.hoop).string(), pdf.string(), "--template", "--page", c.page});
+        ToolRun run = runTool({"render", flowerInHoop(c.hoop).string(), pdf.string(), "--template",
+                               "--page", c.page});
         ASSERT_EQ(run.exitCode, 0) << run.err;
         const QString info = poppler("pdfinfo", {QString::fromStdString(pdf.string())});
-        EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("Pages:\\s+") + c.pages + "\n")))
+        EXPECT_TRUE(
+            info.contains(QRegularExpression(QStringLiteral("Pages:\\s+") + c.pages + "\n")))
             << c.hoop << " on " << c.page << ": " << info.toStdString();
     }
 }

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include "gui/design_canvas.h"
+#include "gui/needle_sound.h"
 #include "gui/player_panel.h"
 #include "gui/ruler.h"
 #include "gui_test_support.h"
@@ -43,7 +44,8 @@ TEST_F(GuiTest, PlayerPanelStepsAndPlaysTheCanvasAnimation) {
     ASSERT_TRUE(animation.isActive());
     ASSERT_TRUE(panel.isVisible());
     const std::int32_t stitches = window->document().design().numberOfStitches();
-    EXPECT_EQ(panel.stitchText(), QStringLiteral("Stitch 0 of %1").arg(QLocale().toString(stitches)));
+    EXPECT_EQ(panel.stitchText(),
+              QStringLiteral("Stitch 0 of %1").arg(QLocale().toString(stitches)));
 
     panel.setFocus();
     QTest::keyClick(&panel, Qt::Key_Right);
@@ -51,7 +53,8 @@ TEST_F(GuiTest, PlayerPanelStepsAndPlaysTheCanvasAnimation) {
     EXPECT_EQ(animation.player().position(), 2u);
     QTest::keyClick(&panel, Qt::Key_Right, Qt::ControlModifier);
     QTest::keyClick(&panel, Qt::Key_Right);
-    EXPECT_TRUE(panel.threadText().startsWith(QStringLiteral("Thread 2 of "))) << panel.threadText().toStdString();
+    EXPECT_TRUE(panel.threadText().startsWith(QStringLiteral("Thread 2 of ")))
+        << panel.threadText().toStdString();
     QTest::keyClick(&panel, Qt::Key_Left, Qt::ControlModifier);
     QTest::keyClick(&panel, Qt::Key_Left, Qt::ControlModifier);
     EXPECT_EQ(animation.player().position(), 0u);
@@ -83,8 +86,8 @@ TEST_F(GuiTest, StitchOutPictureDrawnInStepsMatchesOneDrawnAtOnce) {
     request.design = std::make_shared<const HMKDesign>(window->document().design());
     const HMKDesign& design = *request.design;
     request.scale = 2;
-    request.region = {design.xMin() - 5.0, design.yMin() - 5.0, design.xMax() - design.xMin() + 10.0,
-                      design.yMax() - design.yMin() + 10.0};
+    request.region = {design.xMin() - 5.0, design.yMin() - 5.0,
+                      design.xMax() - design.xMin() + 10.0, design.yMax() - design.yMin() + 10.0};
     request.sewnRecords = 0;
     HMKCanvasImage stepped{request, renderCanvasImage(request)};
     HMKDesign copy = design;
@@ -131,9 +134,7 @@ TEST_F(GuiTest, PrintoutsGoToPdfWithThePrintOptions) {
     HMKDocumentWindow* window = openWindow("flower.pes");
     ASSERT_TRUE(window);
     const QString path = QString::fromStdString((scratch_ / "flower.pdf").string());
-    dialogHooks().saveFileName = [&path](QWidget*, const QString&, const QString&) {
-        return path;
-    };
+    dialogHooks().saveFileName = [&path](QWidget*, const QString&, const QString&) { return path; };
     window->action(HMKCommand::printTemplate)->trigger();
     window->action(HMKCommand::exportPdf)->trigger();
     QFile file(path);
@@ -143,4 +144,22 @@ TEST_F(GuiTest, PrintoutsGoToPdfWithThePrintOptions) {
 
     QPdfWriter writer(QString::fromStdString((scratch_ / "direct.pdf").string()));
     EXPECT_TRUE(window->printTo(writer));
+}
+
+TEST_F(GuiTest, NeedleSoundIsAShortFadingClickAndSilentWithoutAudio) {
+    const QByteArray samples = HMKNeedleSound::clickSamples(44100);
+    ASSERT_EQ(samples.size(), 529 * 2);
+    const auto* values = reinterpret_cast<const std::int16_t*>(samples.constData());
+    int loudest = 0;
+    for (int i = 0; i < 40; ++i) {
+        loudest = std::max(loudest, std::abs(int(values[i])));
+    }
+    EXPECT_GT(loudest, 5000);
+    EXPECT_LT(std::abs(int(values[528])), 100);
+    // On a machine without an audio output this returns at once and says nothing.
+    HMKNeedleSound sound;
+    for (int i = 0; i < 3; ++i) {
+        sound.click();
+    }
+    SUCCEED() << (sound.isAvailable() ? "played" : "no audio output");
 }

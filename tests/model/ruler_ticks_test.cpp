@@ -41,8 +41,9 @@ TEST(RulerTicks, FollowUnitZoomAndPan) {
         // 2 px/mm = 50.8 px/inch: a label per inch, tenths.
         {Unit::decimalInches, 0, 2, "0:0:0 5.08:2 10.16:2 15.24:2 20.32:2 25.4:1"},
         // 4 px/mm: labels every half inch, twentieths.
-        {Unit::decimalInches, 0, 4, "0:0:0 5.08:2 10.16:2 15.24:2 20.32:2 25.4:1 30.48:2"
-                                    " 35.56:2 40.64:2 45.72:2 50.8:0:0.5"},
+        {Unit::decimalInches, 0, 4,
+         "0:0:0 5.08:2 10.16:2 15.24:2 20.32:2 25.4:1 30.48:2"
+         " 35.56:2 40.64:2 45.72:2 50.8:0:0.5"},
         // 2 px/mm: inches in eighths, the half inch marked.
         {Unit::fractionalInches, 0, 2, "0:0:0 6.35:2 12.7:2 19.05:2 25.4:1 31.75:2"},
         // 8 px/mm: labels every quarter inch, in 32nds.

@@ -16,9 +16,15 @@ namespace {
 // jumps, a stitch, a colour change (8), a stitch. No two records end at the same point.
 std::shared_ptr<const HMKDesign> blocksDesign() {
     auto design = std::make_shared<HMKDesign>();
-    design->setStitches({{10, 0, true, false}, {10, 0, false, false}, {10, 0, false, false},
-                         {0, 10, true, true}, {10, 0, false, false}, {50, 0, true, false},
-                         {50, 0, true, false}, {10, 0, false, false}, {0, 10, true, true},
+    design->setStitches({{10, 0, true, false},
+                         {10, 0, false, false},
+                         {10, 0, false, false},
+                         {0, 10, true, true},
+                         {10, 0, false, false},
+                         {50, 0, true, false},
+                         {50, 0, true, false},
+                         {10, 0, false, false},
+                         {0, 10, true, true},
                          {0, 10, false, false}});
     for (int i = 0; i < 3; ++i) {
         design->threads().push_back(HMKThread(HMKColor(0, 0, 0), "T", "1", "", ""));
@@ -60,8 +66,7 @@ TEST(StitchOutPlayer, StepsSeeksAndPlaysThroughTheDesign) {
         {"the end stops", advance(1), 10, 2, false},
         {"long frames are capped", [](auto& p) { p.setSpeed(20), p.play(), p.advance(9); }, 5, 1,
          true},
-        {"slowest speed, capped frame", [](auto& p) { p.setSpeed(0), p.advance(0.5); }, 5, 1,
-         true},
+        {"slowest speed, capped frame", [](auto& p) { p.setSpeed(0), p.advance(0.5); }, 5, 1, true},
         {"half a second", advance(0.25), 5, 1, true},
         {"a second: one stitch", [](auto& p) { p.advance(0.25), p.advance(0.25); }, 6, 1, true},
     };
@@ -87,9 +92,9 @@ TEST(StitchOutPlayer, CountsStitchesTimeAndNeedleAtEveryPosition) {
         HMKPoint needle;
     };
     // Seconds: 0.1 per move, 30 per colour change, 5 per run of jumps.
-    for (const Case& c : {Case{0, 0, 0, {0, 0}}, Case{1, 1, 5.1, {10, 0}},
-                          Case{4, 3, 35.3, {30, 10}}, Case{7, 6, 40.6, {140, 10}},
-                          Case{10, 8, 70.8, {150, 30}}}) {
+    for (const Case& c :
+         {Case{0, 0, 0, {0, 0}}, Case{1, 1, 5.1, {10, 0}}, Case{4, 3, 35.3, {30, 10}},
+          Case{7, 6, 40.6, {140, 10}}, Case{10, 8, 70.8, {150, 30}}}) {
         player.seek(c.position);
         EXPECT_EQ(player.stitchNumber(), c.stitch) << c.position;
         EXPECT_NEAR(player.elapsedSeconds(settings), c.elapsed, 1e-9) << c.position;
