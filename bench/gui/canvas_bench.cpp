@@ -1,7 +1,8 @@
 // The design canvas's paint path, offscreen: a pan frame of a 1,000,000-stitch design (the
 // picture is blitted; budget 16 ms), a full re-render after a zoom of a 100,000-stitch
 // design with the shaded 3D look (drawn off the GUI thread; budget 300 ms), and a frame of
-// the stitch-out animation at full speed on the 1,000,000-stitch design (budget 16 ms).
+// the stitch-out animation at full speed on the 1,000,000-stitch design, and the longest turn
+// of the event loop while its picture catches up with the needle (budgets 16 ms).
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -140,10 +141,32 @@ void BM_StitchOutFrame1M(benchmark::State& state) {
     state.counters["re-renders"] = canvas.isImageCurrent() ? 0 : 1;
 }
 
+// The longest turn of the event loop while the stitch-out picture catches up with a needle
+// that ran ahead (after a slow frame or a zoom while playing): the most records drawn in one
+// turn, the rest following in later turns. Budget 16 ms.
+void BM_StitchOutCatchUpTurn1M(benchmark::State& state) {
+    CanvasFixture fixture(1'000'000, true);
+    HMKDesignCanvas& canvas = *fixture.canvas;
+    HMKStitchOutAnimation& animation = canvas.stitchOut();
+    animation.setActive(true);
+    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
+    animation.seek(500'000);
+    canvas.waitForImage();
+    animation.play();
+    const double turnSeconds =
+        static_cast<double>(HMKDesignCanvas::kCatchUpRecordsPerTurn) / animation.player().speed();
+    for (auto _ : state) {
+        animation.advanceFrame(turnSeconds);
+    }
+    state.counters["records_per_turn"] = HMKDesignCanvas::kCatchUpRecordsPerTurn;
+    state.counters["re-renders"] = canvas.isImageCurrent() ? 0 : 1;
+}
+
 BENCHMARK(BM_CanvasPanFrame1M)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_CanvasRerender3D100k)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_CanvasRerenderFlat100k)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_StitchOutFrame1M)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(600);
+BENCHMARK(BM_StitchOutCatchUpTurn1M)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
 
 }  // namespace
 

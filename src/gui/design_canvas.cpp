@@ -30,9 +30,9 @@ constexpr double kHitPixels = 5;
 constexpr double kStitchReach = 4;
 // Design units per millimetre.
 constexpr double kUnitsPerMillimetre = 10;
-// A stitch-out picture this many records behind the needle is drawn anew off the GUI thread
-// instead of being caught up on it.
-constexpr std::uint64_t kCatchUpRecords = 20000;
+// Seconds of sewing a playing animation's picture may fall behind the needle and still be
+// caught up: far longer than drawing a new picture of the largest design takes.
+constexpr double kCatchUpSeconds = 10;
 
 HMKRect united(const HMKRect& a, const HMKRect& b) {
     const double left = std::min(a.x, b.x);
@@ -356,7 +356,14 @@ bool HMKDesignCanvas::canCatchUp(const HMKCanvasRenderRequest& request) const {
     const std::uint64_t drawn = *request.sewnRecords;
     const std::uint64_t sewn = *current.sewnRecords;
     current.sewnRecords = drawn;
-    return current.drawsSameAs(request) && drawn <= sewn && sewn - drawn <= kCatchUpRecords;
+    // While playing, the needle runs on while a new picture is drawn, so that one would be
+    // behind again: a picture up to several seconds of sewing behind is caught up instead.
+    // Only a seek far ahead (the slider dragged while playing) gets a new picture.
+    const HMKStitchOutPlayer& player = stitchOut_->player();
+    const double reach = static_cast<double>(kCatchUpRecordsPerTurn) +
+                         (player.isPlaying() ? player.speed() * kCatchUpSeconds : 0.0);
+    return current.drawsSameAs(request) && drawn <= sewn &&
+           static_cast<double>(sewn - drawn) <= reach;
 }
 
 void HMKDesignCanvas::stitchOutDidChange() {
@@ -378,7 +385,17 @@ void HMKDesignCanvas::catchUpStitchOut() {
         sewingCopy_ = std::make_unique<HMKDesign>(*snapshot_);
         sewingCopyGeneration_ = generation_;
     }
-    drawSewnRecords(*image_, *sewingCopy_, sewn);
+    const std::uint64_t drawn = *image_->request.sewnRecords;
+    drawSewnRecords(*image_, *sewingCopy_, std::min(sewn, drawn + kCatchUpRecordsPerTurn));
+    if (*image_->request.sewnRecords < sewn && !catchUpPending_) {
+        // The rest in later turns, so that events are handled in between.
+        catchUpPending_ = true;
+        QTimer::singleShot(0, this, [this] {
+            catchUpPending_ = false;
+            catchUpStitchOut();
+            viewport()->update();
+        });
+    }
 }
 
 void HMKDesignCanvas::requestImageIfNeeded() {

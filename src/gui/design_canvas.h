@@ -52,6 +52,10 @@ public:
     // --- Stitch-out animation -------------------------------------------------------------
     // While it is active the canvas shows only the sewn stitches and the needle.
     HMKStitchOutAnimation& stitchOut() { return *stitchOut_; }
+    // The picture is brought up to the needle at most this many records per turn of the
+    // event loop (a few milliseconds); a paused player further ahead than this gets a picture
+    // drawn anew off the GUI thread instead.
+    static constexpr std::uint64_t kCatchUpRecordsPerTurn = 2000;
 
     // --- Measuring --------------------------------------------------------------------------
     // While on, a left drag measures instead of selecting; Esc clears the reading.
@@ -177,6 +181,7 @@ private:
     // A copy of the shown design state whose display range the animation's frames change.
     std::unique_ptr<HMKDesign> sewingCopy_;
     std::uint64_t sewingCopyGeneration_ = 0;
+    bool catchUpPending_ = false;
 
     HMKRuler* horizontalRuler_ = nullptr;
     HMKRuler* verticalRuler_ = nullptr;

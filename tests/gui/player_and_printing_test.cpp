@@ -68,6 +68,14 @@ TEST_F(GuiTest, PlayerPanelStepsAndPlaysTheCanvasAnimation) {
     EXPECT_EQ(animation.player().position(), 100u);
     EXPECT_EQ(panel.positionSlider()->value(), 100);
     EXPECT_TRUE(panel.timeText().startsWith(QStringLiteral("Elapsed ")));
+    // A needle that ran far ahead is caught up a part per turn of the event loop.
+    HMKDesignCanvas& canvas = window->canvas();
+    canvas.waitForImage();
+    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
+    animation.advanceFrame(HMKStitchOutPlayer::kLongestFrameSeconds);
+    EXPECT_FALSE(canvas.isImageCurrent());
+    canvas.waitForImage();
+    EXPECT_TRUE(canvas.isImageCurrent());
     QTest::keyClick(&panel, Qt::Key_Space);
     EXPECT_FALSE(animation.player().isPlaying());
 
