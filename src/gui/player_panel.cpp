@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
+#include <QPainter>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
@@ -120,9 +121,6 @@ HMKPlayerPanel::HMKPlayerPanel(HMKStitchOutAnimation& animation, HMKSettings& se
     mute_ = new QToolButton(this);
     mute_->setCheckable(true);
     mute_->setAutoRaise(true);
-    mute_->setIcon(QIcon::fromTheme(QStringLiteral("audio-volume-muted"),
-                                    style()->standardIcon(QStyle::SP_MediaVolumeMuted)));
-    mute_->setToolTip(tr("Mute the needle sound"));
     connect(mute_, &QToolButton::toggled, this,
             [this](bool muted) { settings_.setValue(HMKSettings::soundMuted, muted); });
     facts->addWidget(mute_);
@@ -166,6 +164,12 @@ void HMKPlayerPanel::refresh() {
         speedBox_->setValue(static_cast<int>(player.speed()));
         mute_->setChecked(settings_.value(HMKSettings::soundMuted));
     }
+    // The button shows the sound as it is: a speaker that sounds, or a muted one.
+    const bool muted = settings_.value(HMKSettings::soundMuted);
+    mute_->setIcon(QIcon::fromTheme(
+        muted ? QStringLiteral("audio-volume-muted") : QStringLiteral("audio-volume-high"),
+        style()->standardIcon(muted ? QStyle::SP_MediaVolumeMuted : QStyle::SP_MediaVolume)));
+    mute_->setToolTip(muted ? tr("Turn the needle sound on") : tr("Mute the needle sound"));
     playAction_->setText(player.isPlaying() ? tr("Pause") : tr("Play"));
     playAction_->setIcon(QIcon::fromTheme(
         player.isPlaying() ? QStringLiteral("media-playback-pause")
@@ -182,6 +186,11 @@ void HMKPlayerPanel::refresh() {
         swatch.fill(QColor::fromRgbF(float(std::clamp(thread.color.red(), 0.0, 1.0)),
                                      float(std::clamp(thread.color.green(), 0.0, 1.0)),
                                      float(std::clamp(thread.color.blue(), 0.0, 1.0))));
+        // Framed, so that a thread of the panel's own colour still shows.
+        QPainter frame(&swatch);
+        frame.setPen(palette().color(QPalette::WindowText));
+        frame.drawRect(swatch.rect().adjusted(0, 0, -1, -1));
+        frame.end();
         swatch_->setPixmap(swatch);
         thread_->setText(tr("Thread %1 of %2: %3")
                              .arg(index + 1)
