@@ -23,8 +23,9 @@ struct RulerScheme {
 };
 
 const RulerScheme& schemeFor(HMKMeasurementUnit unit) {
-    static const RulerScheme kMillimetres{1, {1, 2, 5}, {10, 5, 2}};
-    static const RulerScheme kDecimalInches{kMillimetresPerInch, {0.1, 0.2, 0.5}, {10, 5, 2}};
+    // Labels are at least kMinimumLabelSpacing apart, so a tenth is always wide enough.
+    static const RulerScheme kMillimetres{1, {1, 2, 5}, {10}};
+    static const RulerScheme kDecimalInches{kMillimetresPerInch, {0.1, 0.2, 0.5}, {10}};
     // Fractions halve down to a sixteenth; whole inches then go 1, 2, 5, 10, ...
     static const RulerScheme kFractionalInches{
         kMillimetresPerInch, {0.125, 0.25, 0.5, 1, 2, 5}, {16, 8, 4, 2}};

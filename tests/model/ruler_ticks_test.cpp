@@ -76,7 +76,7 @@ TEST(RulerTicks, MeasuresDistanceAndAngle) {
                           Case{{-254, 0}, Unit::decimalInches, "1.00\", 180.0°"},
                           Case{{0, -381}, Unit::fractionalInches, "1 1/2\", -90.0°"},
                           Case{{0, 0}, Unit::millimetres, "0.0 mm, 0.0°"}}) {
-        EXPECT_EQ(measureBetween({0, 0}, c.to).text(c.unit), c.text);
+        EXPECT_EQ(measureBetween({100, -50}, {c.to.x + 100, c.to.y - 50}).text(c.unit), c.text);
     }
 }
 

@@ -130,6 +130,10 @@ TEST(StitchOutPlayer, AChangedDesignKeepsThePositionWhereItCan) {
     shorter->stitches().resize(5);
     player.setDesign(shorter);
     EXPECT_EQ(player.position(), 5u);
+    // More colour changes than threads: the last thread sews the rest.
+    shorter->threads().resize(1);
+    player.setDesign(shorter);
+    EXPECT_EQ(player.currentThread(), 0);
     player.setDesign(nullptr);
     EXPECT_EQ(player.position(), 0u);
     player.play();
