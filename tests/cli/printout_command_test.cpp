@@ -1,6 +1,9 @@
 // The printouts through `hemlark render --worksheet/--template`, read back with poppler's
 // tools: the template's hoop outline measures true size on the rasterised page, a big hoop
 // tiles over pages, the worksheet carries the thread names; and the sewing time of `info`.
+#include <algorithm>
+#include <vector>
+
 #include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
@@ -39,13 +42,29 @@ protected:
     }
 };
 
+bool isDark(const QImage& page, int x, int y) {
+    return qGray(page.pixel(x, y)) < 128;
+}
+
 // Centre of the dark run of pixels that starts at (x, y) going in direction (dx, dy).
 double runCentre(const QImage& page, int x, int y, int dx, int dy) {
     int length = 0;
-    while (page.pixelIndex(x + dx * length, y + dy * length) < 128) {
+    while (isDark(page, x + dx * length, y + dy * length)) {
         ++length;
     }
     return (dx ? x : y) + (dx + dy) * (length - 1) / 2.0;
+}
+
+// The column (vertical) or row holding the most blue pixels: where the centre cross runs.
+int bluestLine(const QImage& page, bool vertical) {
+    std::vector<int> counts(vertical ? page.width() : page.height());
+    for (int y = 0; y < page.height(); ++y) {
+        for (int x = 0; x < page.width(); ++x) {
+            const QColor colour = page.pixelColor(x, y);
+            counts[vertical ? x : y] += colour.blue() > colour.red() + 80;
+        }
+    }
+    return static_cast<int>(std::max_element(counts.begin(), counts.end()) - counts.begin());
 }
 
 TEST_F(PrintoutCommand, TemplateHoopOutlineHasTrueSize) {
@@ -54,18 +73,17 @@ TEST_F(PrintoutCommand, TemplateHoopOutlineHasTrueSize) {
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.err, "");
     const QString prefix = QString::fromStdString((folder_ / "page").string());
-    poppler("pdftoppm", {"-gray", "-r", QString::number(kDotsPerInch), "-singlefile",
+    poppler("pdftoppm", {"-r", QString::number(kDotsPerInch), "-singlefile",
                          QString::fromStdString(pdf.string()), prefix});
-    QImage page(prefix + ".pgm");
+    const QImage page(prefix + ".ppm");
     ASSERT_FALSE(page.isNull());
-    page = page.convertToFormat(QImage::Format_Indexed8);
     // Between the header and the footer, the outermost dark pixels are the hoop's outline.
     int left = page.width(), right = -1, top = page.height(), bottom = -1;
     const int firstRow = static_cast<int>(40 * kDotsPerMillimetre);
     const int lastRow = page.height() - static_cast<int>(25 * kDotsPerMillimetre);
     for (int y = firstRow; y < lastRow; ++y) {
         for (int x = 0; x < page.width(); ++x) {
-            if (page.pixelIndex(x, y) < 128) {
+            if (isDark(page, x, y)) {
                 left = std::min(left, x), right = std::max(right, x);
                 top = std::min(top, y), bottom = std::max(bottom, y);
             }
@@ -82,6 +100,9 @@ TEST_F(PrintoutCommand, TemplateHoopOutlineHasTrueSize) {
         kDotsPerMillimetre;
     EXPECT_NEAR(width, 110.0, 0.5);
     EXPECT_NEAR(height, 110.0, 0.5);
+    // The centre cross, to lay on the hoop's centre mark, is the hoop's centre.
+    EXPECT_NEAR((bluestLine(page, true) - (left + right) / 2.0) / kDotsPerMillimetre, 0, 0.5);
+    EXPECT_NEAR((bluestLine(page, false) - (top + bottom) / 2.0) / kDotsPerMillimetre, 0, 0.5);
 }
 
 TEST_F(PrintoutCommand, TemplateTilesOverPagesWhenTooBig) {
