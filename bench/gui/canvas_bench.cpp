@@ -119,18 +119,24 @@ void BM_CanvasRerenderFlat100k(benchmark::State& state) {
     rerender(state, false);
 }
 
+// The canvas's stitch-out animation playing at full speed from a position, its picture drawn.
+HMKStitchOutAnimation& playingAtFullSpeed(HMKDesignCanvas& canvas, std::uint64_t position) {
+    HMKStitchOutAnimation& animation = canvas.stitchOut();
+    animation.setActive(true);
+    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
+    animation.seek(position);
+    canvas.waitForImage();
+    animation.play();
+    return animation;
+}
+
 // One frame of the stitch-out animation at full speed on the 1,000,000-stitch design, late in
 // the design (from 750,000 stitches on): the engine sews 1/60 s worth of stitches, the canvas
 // draws them onto its picture and the viewport is painted. Budget 16 ms.
 void BM_StitchOutFrame1M(benchmark::State& state) {
     CanvasFixture fixture(1'000'000, true);
     HMKDesignCanvas& canvas = *fixture.canvas;
-    HMKStitchOutAnimation& animation = canvas.stitchOut();
-    animation.setActive(true);
-    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
-    animation.seek(750'000);
-    canvas.waitForImage();
-    animation.play();
+    HMKStitchOutAnimation& animation = playingAtFullSpeed(canvas, 750'000);
     QImage frame(canvas.viewport()->size(), QImage::Format_ARGB32_Premultiplied);
     for (auto _ : state) {
         animation.advanceFrame(1.0 / 60);
@@ -147,12 +153,7 @@ void BM_StitchOutFrame1M(benchmark::State& state) {
 void BM_StitchOutCatchUpTurn1M(benchmark::State& state) {
     CanvasFixture fixture(1'000'000, true);
     HMKDesignCanvas& canvas = *fixture.canvas;
-    HMKStitchOutAnimation& animation = canvas.stitchOut();
-    animation.setActive(true);
-    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
-    animation.seek(500'000);
-    canvas.waitForImage();
-    animation.play();
+    HMKStitchOutAnimation& animation = playingAtFullSpeed(canvas, 500'000);
     const double turnSeconds =
         static_cast<double>(HMKDesignCanvas::kCatchUpRecordsPerTurn) / animation.player().speed();
     for (auto _ : state) {
