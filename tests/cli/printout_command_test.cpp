@@ -34,12 +34,13 @@ protected:
     }
     // A copy of the flower with the Janome hoop of that code, as a JEF file.
     std::filesystem::path flowerInHoop(int code) {
-        const auto file = folder_ / ("hooped" + std::to_string(code) + ".jef");
-        ToolRun run = runTool({"convert", sample("flower.jef").string(), file.string(), "--hoop",
+        const auto file = folder.file("hooped" + std::to_string(code) + ".jef");
+        ToolRun run = runTool({"convert", flower_.string(), file.string(), "--hoop",
                                "Janome," + std::to_string(code)});
         EXPECT_EQ(run.exitCode, 0) << run.err;
         return file;
     }
+    const std::filesystem::path flower_ = std::filesystem::path(HEMLARK_SAMPLES_DIR) / "flower.jef";
 };
 
 bool isDark(const QImage& page, int x, int y) {
@@ -68,11 +69,11 @@ int bluestLine(const QImage& page, bool vertical) {
 }
 
 TEST_F(PrintoutCommand, TemplateHoopOutlineHasTrueSize) {
-    const auto pdf = folder_ / "template.pdf";
+    const auto pdf = folder.file("template.pdf");
     ToolRun run = runTool({"render", flowerInHoop(0).string(), pdf.string(), "--template"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.err, "");
-    const QString prefix = QString::fromStdString((folder_ / "page").string());
+    const QString prefix = QString::fromStdString(folder.file("page").string());
     poppler("pdftoppm", {"-r", QString::number(kDotsPerInch), "-singlefile",
                          QString::fromStdString(pdf.string()), prefix});
     const QImage page(prefix + ".ppm");
@@ -115,7 +116,7 @@ TEST_F(PrintoutCommand, TemplateTilesOverPagesWhenTooBig) {
     // mm for the design, A5 128 x 168 mm; neighbouring pages overlap by 15 mm.
     for (const Case& c : {Case{0, "A4", "1"}, Case{28, "A4", "2"}, Case{28, "A3", "1"},
                           Case{29, "A4", "4"}, Case{29, "A5", "4"}}) {
-        const auto pdf = folder_ / "tiled.pdf";
+        const auto pdf = folder.file("tiled.pdf");
         ToolRun run = runTool({"render", flowerInHoop(c.hoop).string(), pdf.string(), "--template",
                                "--page", c.page});
         ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -127,16 +128,15 @@ TEST_F(PrintoutCommand, TemplateTilesOverPagesWhenTooBig) {
 }
 
 TEST_F(PrintoutCommand, WorksheetListsTheThreadsAndTheSewingTime) {
-    const auto pdf = folder_ / "worksheet.pdf";
-    ToolRun run =
-        runTool({"render", sample("flower.jef").string(), pdf.string(), "--worksheet", "--3d"});
+    const auto pdf = folder.file("worksheet.pdf");
+    ToolRun run = runTool({"render", flower_.string(), pdf.string(), "--worksheet", "--3d"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const QString text = poppler("pdftotext", {QString::fromStdString(pdf.string()), "-"});
     for (const char* expected : {"Green", "White", "Pink", "Sunflower", "Brown", "Janome", "9,769",
                                  "Sewing time", "19:07 at 700 stitches/min", "flower.jef"}) {
         EXPECT_TRUE(text.contains(QString::fromUtf8(expected))) << expected;
     }
-    run = runTool({"render", sample("flower.jef").string(), "flower.png", "--worksheet"});
+    run = runTool({"render", flower_.string(), "flower.png", "--worksheet"});
     EXPECT_EQ(run.exitCode, 2);
 }
 
