@@ -58,39 +58,65 @@ HMKRange firstRecords(std::uint64_t count) {
 
 }  // namespace
 
+namespace {
+
+// Moves state on to the state after record `to` (state.record <= to).
+void sewUpTo(HMKSewingState& state, const std::vector<HMKStitch>& stitches, std::uint64_t to) {
+    for (std::uint64_t i = state.record + 1; i <= to; ++i) {
+        state.x += static_cast<double>(stitches[i].deltaX);
+        state.y += static_cast<double>(stitches[i].deltaY);
+        state.thread += stitches[i].isColorChange ? 1 : 0;
+    }
+    state.record = to;
+}
+
+}  // namespace
+
 void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to) {
     const std::uint64_t from = image.request.sewnRecords.value_or(0);
     if (to <= from || image.image.isNull()) {
         return;
     }
-    // The renderer draws records location - 1 through location + length, so a range that
-    // starts after the first record always draws at least two. A single new record is drawn
-    // with the one before it turned into a null move (which the renderer skips) whose delta
-    // the record before that takes over, so the new record starts where it should; drawing
-    // that earlier record again would darken its translucent edges.
+    if (from < 2) {
+        // The renderer draws records location - 1 through location + length, so the first
+        // records are drawn afresh from the start.
+        if (from == 1) {
+            image.image.fill(Qt::transparent);
+        }
+        design.setDisplayRange(firstRecords(to));
+        drawDesignBand(image.request, design, image.image, 0);
+        image.request.sewnRecords = to;
+        return;
+    }
+    // The records [from, to) are drawn as a short design: a jump to where record from - 2
+    // ended, record from - 1 (which decides how record from joins it, not drawn again: that
+    // would darken its translucent edges), then the new records, with the threads from the
+    // one sewing at record from - 2 on. The renderer then walks only these.
     std::vector<HMKStitch>& stitches = design.stitches();
-    std::optional<std::pair<HMKStitch, HMKStitch>> borrowed;
-    if (from == 0) {
-        design.setDisplayRange(firstRecords(to));
-    } else if (to - from > 1) {
-        design.setDisplayRange({from + 1, to - from - 2});
-    } else if (from == 1) {
-        image.image.fill(Qt::transparent);
-        design.setDisplayRange(firstRecords(to));
-    } else {
-        HMKStitch& carrier = stitches[from - 2];
-        HMKStitch& skipped = stitches[from - 1];
-        borrowed.emplace(carrier, skipped);
-        carrier.deltaX += skipped.deltaX;
-        carrier.deltaY += skipped.deltaY;
-        skipped.deltaX = skipped.deltaY = 0;
-        design.setDisplayRange({from, 0});
+    if (!image.sewing || image.sewing->record > from - 2) {
+        image.sewing = HMKSewingState{0, static_cast<double>(stitches[0].deltaX),
+                                      static_cast<double>(stitches[0].deltaY), 0};
     }
-    drawDesignBand(image.request, design, image.image, 0);
-    if (borrowed) {
-        stitches[from - 2] = borrowed->first;
-        stitches[from - 1] = borrowed->second;
+    HMKSewingState& state = *image.sewing;
+    sewUpTo(state, stitches, from - 2);
+    if (state.thread < design.threads().size()) {
+        std::vector<HMKStitch> window;
+        window.reserve(to - from + 2);
+        window.emplace_back(static_cast<float>(state.x), static_cast<float>(state.y), true, false);
+        window.insert(window.end(), stitches.begin() + static_cast<std::ptrdiff_t>(from - 1),
+                      stitches.begin() + static_cast<std::ptrdiff_t>(to));
+        std::vector<HMKThread> threads(
+            design.threads().begin() + static_cast<std::ptrdiff_t>(state.thread),
+            design.threads().end());
+        std::swap(design.stitches(), window);
+        std::swap(design.threads(), threads);
+        // From the window's third record (the renderer starts at location - 1) to its end.
+        design.setDisplayRange({3, to - from - 1});
+        drawDesignBand(image.request, design, image.image, 0);
+        std::swap(design.stitches(), window);
+        std::swap(design.threads(), threads);
     }
+    sewUpTo(state, stitches, to - 2);
     image.request.sewnRecords = to;
 }
 

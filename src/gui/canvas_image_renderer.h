@@ -5,6 +5,7 @@
 // place that turns a request into pixels, so a faster renderer plugs in there.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -39,10 +40,21 @@ struct HMKCanvasRenderRequest {
     bool drawsSameAs(const HMKCanvasRenderRequest& other) const;
 };
 
+// Where the needle stands after a record, and the thread it sews.
+struct HMKSewingState {
+    std::uint64_t record = 0;
+    double x = 0;
+    double y = 0;
+    std::size_t thread = 0;
+};
+
 struct HMKCanvasImage {
     HMKCanvasRenderRequest request;
     // Transparent where nothing is drawn (ARGB32 premultiplied).
     QImage image;
+    // Kept by drawSewnRecords() just behind the last record drawn, so that the next records
+    // are drawn without walking the design from its first record each frame.
+    std::optional<HMKSewingState> sewing = std::nullopt;
 };
 
 // The picture for a request (any thread). Big requests are limited to kMaximumCanvasImageSide

@@ -99,10 +99,10 @@ TEST_F(GuiTest, StitchOutPictureDrawnInStepsMatchesOneDrawnAtOnce) {
     request.sewnRecords = 0;
     HMKCanvasImage stepped{request, renderCanvasImage(request)};
     HMKDesign copy = design;
-    for (std::uint64_t to : {1, 2, 3, 4, 50, 52, 53, 1000, 4000}) {
+    for (std::uint64_t to : {1, 2, 3, 4, 50, 52, 53, 1000, 2000, 2001, 6000, 6001, 9000}) {
         drawSewnRecords(stepped, copy, to);
     }
-    request.sewnRecords = 4000;
+    request.sewnRecords = 9000;
     const QImage atOnce = renderCanvasImage(request);
     ASSERT_EQ(stepped.image.size(), atOnce.size());
     EXPECT_EQ(differingPixels(stepped.image, atOnce), 0);
