@@ -17,6 +17,8 @@ struct InfoOptions {
     std::vector<std::string> files;
     bool json = false;
     std::string unit;
+    // Machine speed for the sewing-time estimate.
+    double stitchesPerMinute = HMKSewingTimeSettings().stitchesPerMinute;
 };
 
 const std::map<std::string, HMKMeasurementUnit> kUnits = {
@@ -47,14 +49,16 @@ int runInfo(const InfoOptions& options) {
             exitCode = std::max(exitCode, exitCodeFor(error));
         }
         printWarnings(file, warnings);
+        HMKSewingTimeSettings timing;
+        timing.stitchesPerMinute = options.stitchesPerMinute;
         if (options.json) {
-            HMKJson result = imported ? designJson(design, false) : errorJson(error);
+            HMKJson result = imported ? designJson(design, false, timing) : errorJson(error);
             if (!warnings.empty()) {
                 result["warnings"] = warnings;
             }
             results.push_back(std::move(result));
         } else if (imported) {
-            std::cout << (i > 0 ? "\n" : "") << design.description() << '\n';
+            std::cout << (i > 0 ? "\n" : "") << designInfoText(design, timing) << '\n';
         } else {
             printError(error, several ? std::string_view(file) : std::string_view());
         }
@@ -76,6 +80,11 @@ HMKCommandRunner addInfoCommand(CLI::App& app) {
                       "Print JSON (an array for several files) instead of text");
     command->add_option("--unit", options->unit, "Unit of the sizes: mm, in or frac")
         ->check(CLI::IsMember({"mm", "in", "frac"}));
+    command
+        ->add_option("--speed", options->stitchesPerMinute,
+                     "Machine speed for the sewing time, in stitches per minute (default 700)")
+        ->type_name("SPM")
+        ->check(CLI::Range(1.0, 10000.0));
     command->footer(
         "Examples:\n"
         "  hemlark info samples/flower.pcs\n"
