@@ -169,8 +169,8 @@ HMKActionRegistry::HMKActionRegistry(HMKSettings& settings, QObject* parent) : Q
         selectionModes_->addAction(action(row.command));
     }
     action(HMKCommand::selectRectangle)->setChecked(true);
-    // Wired by the machine export and printing when they arrive.
-    for (HMKCommand later : {HMKCommand::exportToMachine, HMKCommand::print}) {
+    // Wired by printing when it arrives.
+    for (HMKCommand later : {HMKCommand::print}) {
         action(later)->setEnabled(false);
         action(later)->setVisible(false);
     }

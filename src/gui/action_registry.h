@@ -21,8 +21,8 @@ enum class HMKCommand {
     save,
     saveAs,
     revert,
-    // Wired by the machine export and printing; hidden until then.
     exportToMachine,
+    // Wired by printing; hidden until then.
     print,
     close,
     quit,

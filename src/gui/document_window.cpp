@@ -23,6 +23,7 @@
 #include "gui/design_canvas.h"
 #include "gui/dialog_hooks.h"
 #include "gui/information_panel.h"
+#include "gui/machine_export_flow.h"
 #include "gui/thread_list_view.h"
 
 namespace {
@@ -240,6 +241,8 @@ void HMKDocumentWindow::connectActions() {
             showError(tr("Revert Failed"), error);
         }
     });
+    on(HMKCommand::exportToMachine,
+       [this, &document] { exportToMachine(this, document, settings_, desktopVolumeMonitor()); });
     on(HMKCommand::close, [this] { close(); });
     on(HMKCommand::quit, [this] { application_.quit(); });
 
@@ -301,6 +304,7 @@ void HMKDocumentWindow::updateActions() {
     };
     enable(HMKCommand::save, hasDesign && (document.isModified() || !document.canSaveInPlace()));
     enable(HMKCommand::saveAs, hasDesign);
+    enable(HMKCommand::exportToMachine, hasDesign);
     enable(HMKCommand::revert, document.isModified() && !document.fileURL().empty());
     enable(HMKCommand::undo, stack->canUndo());
     enable(HMKCommand::redo, stack->canRedo());
