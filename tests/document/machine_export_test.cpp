@@ -159,6 +159,7 @@ TEST_F(MachineExportTest, TheModelRemembersTheMachineAndFollowsTheVolumes) {
         ASSERT_EQ(model.rowCount(), 1);
         EXPECT_EQ(model.index(0, HMKMachineExportModel::textColumn).data().toString(),
                   "FAT\nMS-DOS (FAT32), 3.0 GB available of 8.0 GB");
+        EXPECT_FALSE(model.index(0, HMKMachineExportModel::iconColumn).data().isValid());
     }
     EXPECT_EQ(settings_.value(HMKSettings::machineTag), 5);
     HMKMachineExportModel model(monitor_, settings_);

@@ -82,7 +82,7 @@ TEST_F(VolumeLayoutTest, OnlyNamesTheMachineFindsAndReadsAreValid) {
         {0, "../OTHER/rose.jef", "on the volume “STICK”"},
         {1, "EMB/EmbF/rose.jef", ""},
         {1, "EMB/EmbF/rose.JEF", ""},
-        {1, "EMB/rose.jef", "1 level(s) below EMB, such as EMB/EmbF"},
+        {1, "EMB/rose.jef", "1 level(s) below EMB, such as EMB/EmbF."},
         {1, "EMB/EmbF/x/rose.jef", "level(s) below"},
         {1, "Other/EmbF/rose.jef", "only in the folder EMB"},
         {1, "rose.jef", "only in the folder EMB"},
