@@ -1,5 +1,5 @@
-// The machine export's steps without a disk service: the stitch limit, the export job with
-// its messages, and the dialog's model, driven by a fake volume monitor.
+// The machine export job without a disk service: the message for each way it can end, and the
+// copy it writes, with a fake volume monitor doing the eject.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 
 #include "document/machine_export.h"
-#include "document/machine_export_model.h"
 #include "platform/fake_volume_monitor.h"
 
 namespace fs = std::filesystem;
@@ -34,15 +33,6 @@ private:
 [[maybe_unused]] const auto* const environment =
     ::testing::AddGlobalTestEnvironment(new GuiApplication);
 
-// A design whose stitches and threads add up to count: two threads and count - 1 records.
-HMKDesign designCounting(std::int32_t count) {
-    HMKDesign design;
-    design.stitches().assign(static_cast<std::size_t>(count - 1), HMKStitch(1, 1, false, false));
-    design.stitches()[1].isColorChange = true;
-    design.setThreads({HMKThread(), HMKThread()});
-    return design;
-}
-
 class MachineExportTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(folder_.isValid()); }
@@ -54,17 +44,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(MachineExportTest, ExactlyTheStitchLimitPassesAndOneMoreIsRefused) {
-    const HMKMachine machine = *HMKMachine::fromIdent(1);
-    EXPECT_EQ(designCounting(64000).numberOfStitches() + 2, 64000);
-    EXPECT_FALSE(stitchLimitAlert(machine, designCounting(64000)));
-    const auto alert = stitchLimitAlert(machine, designCounting(64001));
-    ASSERT_TRUE(alert);
-    EXPECT_EQ(alert->title, "Export Design");
-    EXPECT_EQ(alert->text, "Too many stitches.\nmax. 64,000");
-    EXPECT_FALSE(stitchLimitAlert(*HMKMachine::fromIdent(0), designCounting(300000)));
-}
 
 TEST_F(MachineExportTest, EachEndingOfTheExportHasItsMessage) {
     struct Case {
@@ -144,32 +123,4 @@ TEST_F(MachineExportTest, TheExportWritesACopyAndLeavesTheDocumentAsItWas) {
     EXPECT_EQ(document.design().designType(), before.designType());
     EXPECT_EQ(document.design().stitches(), before.stitches());
     EXPECT_EQ(document.fileURL(), fs::path(HEMLARK_SAMPLES_DIR) / "star.pcs");
-}
-
-TEST_F(MachineExportTest, TheModelRemembersTheMachineAndFollowsTheVolumes) {
-    const HMKRemovableVolume fat = fakeStick("/media/a/FAT");
-    HMKRemovableVolume readOnly = fakeStick("/media/a/LOCKED", "MS-DOS (FAT16)");
-    readOnly.writable = false;
-    monitor_.setVolumes({fat, fakeStick("/media/a/CAMERA", "exfat"), readOnly});
-    {
-        HMKMachineExportModel model(monitor_, settings_);
-        EXPECT_EQ(model.machine().ident(), 0);
-        model.selectMachine(5);
-        EXPECT_EQ(model.fieldTexts().rootFolders, "EmbF5 ... EmbF16");
-        ASSERT_EQ(model.rowCount(), 1);
-        EXPECT_EQ(model.index(0, HMKMachineExportModel::textColumn).data().toString(),
-                  "FAT\nMS-DOS (FAT32), 3.0 GB available of 8.0 GB");
-        EXPECT_FALSE(model.index(0, HMKMachineExportModel::iconColumn).data().isValid());
-    }
-    EXPECT_EQ(settings_.value(HMKSettings::machineTag), 5);
-    HMKMachineExportModel model(monitor_, settings_);
-    EXPECT_EQ(model.machine().ident(), 5);
-    monitor_.setVolumes({fakeStick("/media/a/B"), fat});
-    EXPECT_EQ(model.rowCount(), 2);
-    EXPECT_EQ(model.rowOfMountPath("/media/a/FAT"), 1);
-    monitor_.setVolumes({fakeStick("/media/a/B")});
-    EXPECT_EQ(model.rowOfMountPath("/media/a/FAT"), -1);
-    monitor_.setVolumes({}, "The disk service is missing.");
-    EXPECT_EQ(model.rowCount(), 0);
-    EXPECT_EQ(model.emptyTableText(), "The disk service is missing.");
 }

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "document/machine_profile_texts.h"
 
 TEST(MachineProfileTexts, FieldsShowEachProfilesLimits) {
@@ -29,18 +27,6 @@ TEST(MachineProfileTexts, FieldsShowEachProfilesLimits) {
         EXPECT_EQ(fields.subFolderRange, test.subFolderRange) << test.ident;
         EXPECT_EQ(fields.filesPerFolder, test.filesPerFolder) << test.ident;
     }
-}
-
-TEST(MachineProfileTexts, EveryProfileHasItsOwnName) {
-    std::set<QString> names;
-    for (const HMKMachine& machine : HMKMachine::allMachines()) {
-        const QString name = machineDisplayName(machine.ident());
-        EXPECT_FALSE(name.isEmpty());
-        names.insert(name);
-    }
-    EXPECT_EQ(names.size(), HMKMachine::allMachines().size());
-    EXPECT_TRUE(machineDisplayName(9).isEmpty());
-    EXPECT_TRUE(machineDisplayName(-1).isEmpty());
 }
 
 TEST(MachineProfileTexts, SizesSwitchFromMegabytesToGigabytesAboveOneBillionBytes) {

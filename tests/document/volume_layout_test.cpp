@@ -80,6 +80,7 @@ TEST_F(VolumeLayoutTest, OnlyNamesTheMachineFindsAndReadsAreValid) {
         {0, "rose.vp3", "only JEF, PES, PEC, EXP, DST, PCS files"},
         {0, "rose", "ending in .jef"},
         {0, "../OTHER/rose.jef", "on the volume “STICK”"},
+        {0, "", "on the volume “STICK”"},
         {1, "EMB/EmbF/rose.jef", ""},
         {1, "EMB/EmbF/rose.JEF", ""},
         {1, "EMB/rose.jef", "1 level(s) below EMB, such as EMB/EmbF."},

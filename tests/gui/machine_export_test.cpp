@@ -2,11 +2,12 @@
 // driven with mouse and keyboard against a fake volume monitor and a scratch "stick".
 #include <fstream>
 
+#include <QAbstractProxyModel>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileSystemModel>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
 #include <QPushButton>
 #include <QTableView>
 #include <QTest>
@@ -84,6 +85,10 @@ TEST_F(MachineExportGuiTest, TheDialogFollowsTheChosenMachineAndTheSticks) {
 
     QTableView* table = dialog.volumeTable();
     ASSERT_EQ(table->model()->rowCount(), 1);
+    EXPECT_EQ(table->model()->index(0, 1).data().toString(),
+              "ONE\nMS-DOS (FAT32), 3.0 GB available of 8.0 GB");
+    EXPECT_FALSE(table->model()->index(0, 0).data().isValid());
+    EXPECT_EQ(HMKExportDialog(monitor_, *settings_, design).machine().ident(), 1);
     EXPECT_FALSE(dialog.exportButton()->isEnabled());
     clickRow(table, 0);
     EXPECT_TRUE(dialog.exportButton()->isEnabled());
@@ -113,6 +118,7 @@ TEST_F(MachineExportGuiTest, ADesignOverTheStitchLimitIsRefusedAndTheDialogStays
         EXPECT_EQ(dialog.result() == QDialog::Accepted, count == 64000) << count;
     }
     EXPECT_EQ(alerts_, std::vector<QString>{"Export Design"});
+    EXPECT_EQ(alertTexts_, QStringList{"Too many stitches.\nmax. 64,000"});
 }
 
 TEST_F(MachineExportGuiTest, TheSaveDialogListsTheMachinesFoldersAndRefusesOtherNames) {
@@ -126,17 +132,15 @@ TEST_F(MachineExportGuiTest, TheSaveDialogListsTheMachinesFoldersAndRefusesOther
     EXPECT_EQ(dialog.directory().absolutePath(), stickPath_ + "/EMB/EmbF");
     EXPECT_TRUE(dialog.findChild<QToolButton*>("newFolderButton")->isEnabled());
 
+    // Once the stick's root is read, of its two folders only the machine's is listed.
     dialog.setDirectory(stickPath_);
-    auto* list = dialog.findChild<QListView*>("listView");
-    ASSERT_TRUE(list);
-    const auto listed = [list] {
-        QStringList names;
-        for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row) {
-            names.append(list->model()->index(row, 0, list->rootIndex()).data().toString());
-        }
-        return names;
-    };
-    QTRY_COMPARE(listed(), QStringList{"EMB"});
+    auto* files = qobject_cast<QFileSystemModel*>(dialog.proxyModel()->sourceModel());
+    ASSERT_TRUE(files);
+    const QModelIndex root = files->index(stickPath_);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return files->rowCount(root) == 2; }));
+    const QModelIndex shown = dialog.proxyModel()->mapFromSource(root);
+    ASSERT_EQ(dialog.proxyModel()->rowCount(shown), 1);
+    EXPECT_EQ(dialog.proxyModel()->index(0, 0, shown).data().toString(), "EMB");
 
     dialog.setDirectory(stickPath_ + "/EMB/EmbF");
     typeName(dialog, "rose.pes");
@@ -178,7 +182,8 @@ TEST_F(MachineExportGuiTest, ExportToMachineWritesTheCopyCleansAndEjects) {
         return dialog.result();
     };
     exportToMachine(window, window->document(), *settings_, monitor_);
-    QTRY_COMPARE(alerts_, std::vector<QString>{"Design exported and drive ejected"});
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !alerts_.empty(); }));
+    EXPECT_EQ(alerts_, std::vector<QString>{"Design exported and drive ejected"});
     EXPECT_TRUE(fs::exists(stick_ / "EMB/EmbF/rose.jef"));
     EXPECT_FALSE(fs::exists(stick_ / ".fseventsd"));
     EXPECT_EQ(monitor_.ejected, QStringList{stickPath_});
