@@ -20,7 +20,7 @@ public:
 
 TEST_F(ToolTest, ExportIntoAFolderFollowsTheMachinesFoldersAndFormats) {
     const std::string design = sample("heart.jef").string();
-    const fs::path stick = folder_ / "STICK";
+    const fs::path stick = folder.file("STICK");
     fs::create_directories(stick);
     struct Case {
         std::vector<std::string> options;
@@ -58,7 +58,7 @@ TEST_F(ToolTest, ExportIntoAFolderFollowsTheMachinesFoldersAndFormats) {
 
 TEST_F(ToolTest, ExportWithEjectCleansTheFolderAndWarnsThatItIsNoVolume) {
     const WithoutDiskService noService;
-    const fs::path stick = folder_ / "STICK";
+    const fs::path stick = folder.file("STICK");
     fs::create_directories(stick / ".Trashes");
     std::ofstream(stick / "._heart.jef") << "x";
     const ToolRun run = runTool({"export", sample("heart.jef").string(), "--machine", "2", "--dir",

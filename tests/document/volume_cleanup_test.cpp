@@ -5,9 +5,8 @@
 #include <set>
 #include <thread>
 
-#include <QTemporaryDir>
-
 #include "document/volume_cleanup.h"
+#include "support/test_support.h"
 
 namespace fs = std::filesystem;
 
@@ -15,8 +14,6 @@ namespace {
 
 class VolumeCleanupTest : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(folder_.isValid()); }
-
     void file(const fs::path& path) {
         fs::create_directories((root_ / path).parent_path());
         std::ofstream(root_ / path) << "x";
@@ -30,8 +27,8 @@ protected:
         return names;
     }
 
-    QTemporaryDir folder_;
-    const fs::path top_ = folder_.path().toStdString();
+    ScratchFolder folder_;
+    const fs::path top_ = folder_.path();
     const fs::path root_ = top_ / "STICK";
     const fs::path outside_ = top_ / "HOME";
 };

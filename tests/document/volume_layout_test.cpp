@@ -2,9 +2,8 @@
 
 #include <fstream>
 
-#include <QTemporaryDir>
-
 #include "document/volume_layout.h"
+#include "support/test_support.h"
 
 namespace fs = std::filesystem;
 
@@ -14,7 +13,6 @@ namespace {
 class VolumeLayoutTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(folder_.isValid());
         for (auto [name, files] : {std::pair{"EMB/Full", 100}, std::pair{"EMB/Room", 99}}) {
             fs::create_directories(root_ / name);
             for (int i = 0; i < files; ++i) {
@@ -26,8 +24,8 @@ protected:
         return HMKVolumeLayout(root_, "STICK", *HMKMachine::fromIdent(ident));
     }
 
-    QTemporaryDir folder_;
-    const fs::path root_ = fs::path(folder_.path().toStdString()) / "STICK";
+    ScratchFolder folder_;
+    const fs::path root_ = folder_.file("STICK");
 };
 
 }  // namespace
