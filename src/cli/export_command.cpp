@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "cli/diagnostics.h"
+#include "cli/input_files.h"
 #include "cli/machine_volumes.h"
 #include "cli/outcome.h"
 #include "document/machine_export.h"
@@ -81,9 +82,12 @@ int runExport(const ExportOptions& options) {
     const HMKMachine machine = *HMKMachine::fromIdent(options.machine);
     HMKDesign design;
     HMKError error;
-    if (!design.importDesignFromURL(options.input, &error)) {
+    HMKWarnings warnings;
+    const bool read = readDesignFile(options.input, design, warnings, &error);
+    printWarnings(options.input, warnings);
+    if (!read) {
         printError(error, options.input);
-        return kExitFailure;
+        return exitCodeFor(error);
     }
     if (auto alert = stitchLimitAlert(machine, design)) {
         printError(toolError(oneLine(alert->text)), options.input);
