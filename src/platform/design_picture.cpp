@@ -14,6 +14,7 @@
 #include <string>
 
 #include "formats/file_io.h"
+#include "platform/design_image.h"
 #include "platform/painter_context.h"
 
 namespace {
@@ -177,14 +178,14 @@ QImage renderDesignImage(const HMKDesign& design, const HMKPictureOptions& optio
     if (!validSize(options)) {
         return QImage();
     }
-    QImage image(options.widthPixels, options.heightPixels, QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull()) {
-        return image;
-    }
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    paintDesign(painter, design, options);
-    return image;
+    HMKDesignImageRequest request;
+    request.widthPixels = options.widthPixels;
+    request.heightPixels = options.heightPixels;
+    request.designToPixels = designPictureTransform(design, options);
+    request.background = options.background;
+    request.switches = {options.show3D, options.showJumps, options.showStructure, options.thread};
+    request.threads = 0;
+    return drawDesignImage(design, request);
 }
 
 std::optional<std::vector<std::uint8_t>> designPictureData(const HMKDesign& design,

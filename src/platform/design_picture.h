@@ -13,7 +13,7 @@
 #include "model/color.h"
 #include "model/design.h"
 #include "model/error.h"
-#include "render/raster_provider.h"
+#include "render/drawing_context.h"
 
 // Error codes of the picture helpers (outside the ranges of the design's file formats).
 inline constexpr int kPictureFormatError = 300;

@@ -21,6 +21,11 @@ struct HMKGradient {
     friend bool operator==(const HMKGradient&, const HMKGradient&) = default;
 };
 
+// Maps user space to device pixels: x' = a*x + c*y + tx, y' = b*x + d*y + ty.
+struct HMKAffineTransform {
+    double a = 1, b = 0, c = 0, d = 1, tx = 0, ty = 0;
+};
+
 class HMKDrawingContext {
 public:
     virtual ~HMKDrawingContext() = default;

@@ -8,8 +8,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "platform/qt_raster_provider.h"
-
 namespace {
 
 std::string quoted(const std::string& argument) {
@@ -60,8 +58,6 @@ ToolRun runTool(const std::vector<std::string>& arguments) {
 }
 
 void ToolTest::SetUp() {
-    // The tool draws PES and PEC thumbnails with Qt; exports made here must do the same.
-    installQtRasterProvider();
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
     folder_ = scratchRoot() / (std::string(test->test_suite_name()) + "." + test->name());
     std::filesystem::remove_all(folder_);

@@ -1,43 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <memory>
 
-#include "render/raster_provider.h"
+#include "formats/write/pec_thumbnails.h"
 #include "write_test_support.h"
 
 namespace {
 
-class PesWriter : public WriterTest {
-protected:
-    void TearDown() override {
-        installRasterProvider(nullptr);
-        WriterTest::TearDown();
-    }
-};
+class PesWriter : public WriterTest {};
 
 // Two Brother threads (codes 2 and 7), a leading jump, a jump and a colour change.
 HMKDesign tinyDesign(const std::string& name) {
     return makeDesign({jump(-10, 5), plain(3, -4), jump(20, 0), change(0, 0), plain(-5.5f, 2.5f)},
                       {makeThread("405", "Brother"), makeThread("620", "Brother")}, name);
-}
-
-Bytes rows(std::initializer_list<int> row, int count) {
-    Bytes bytes;
-    for (int i = 0; i < count; ++i)
-        append(bytes, bytesOf(row));
-    return bytes;
-}
-
-// A thumbnail that holds only its fixed rows and the frame.
-Bytes emptyThumbnail() {
-    Bytes bytes = bytesOf({0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F,
-                           0x08, 0x00, 0x00, 0x00, 0x00, 0x10, 0x04, 0x00, 0x00, 0x00, 0x00, 0x20});
-    append(bytes, rows({0x02, 0x00, 0x00, 0x00, 0x00, 0x40}, 30));
-    append(bytes,
-           bytesOf({0x04, 0x00, 0x00, 0x00, 0x00, 0x20, 0x08, 0x00, 0x00, 0x00, 0x00, 0x10,
-                    0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}));
-    return bytes;
 }
 
 Bytes tinyPecSection() {
@@ -87,8 +62,7 @@ TEST_F(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
     append(expected, bytesOf({0x02, 0, 0, 0, 0x02, 0, 0x03, 0, 0x07, 0, 0x00, 0, 0, 0}));
     ASSERT_EQ(expected.size(), 180u);
     append(expected, tinyPecSection());
-    for (int i = 0; i < 3; ++i)
-        append(expected, emptyThumbnail());
+    append(expected, pecThumbnails(design, true));
 
     HMKError error;
     ASSERT_TRUE(design.exportPesDesignToURL(file("Tiny.pes"), &error)) << error.message();
@@ -103,7 +77,7 @@ TEST_F(PesWriter, PecFileHoldsMagicSectionAndOneThumbnail) {
     design.setDesignHoop(HMKDesign::hoops().front());
     Bytes expected = bytesOf("#PEC0001");
     append(expected, tinyPecSection());
-    append(expected, emptyThumbnail());
+    append(expected, pecThumbnails(design, false));
     ASSERT_TRUE(design.exportPecDesignToURL(file("Tiny.pec")));
     EXPECT_EQ(read(file("Tiny.pec")), expected);
     EXPECT_EQ(design.designType(), "PEC");
@@ -168,85 +142,6 @@ TEST_F(PesWriter, RefusesDesignsBeyondTheVersionOneLimitsInOrder) {
         if (c.code != 0)
             expectRefusal(error, c.code, texts.at(c.code));
     }
-}
-
-// Records what the writer asks for and answers with a picture of one flat colour.
-class FlatRasterProvider : public HMKRasterProvider {
-public:
-    explicit FlatRasterProvider(std::uint8_t level) : level_(level) {}
-    HMKRgbaImage render(int width, int height, const HMKAffineTransform& transform,
-                        const std::function<void(HMKDrawingContext&)>&) override {
-        renderedWidth = width;
-        renderedHeight = height;
-        renderedTransform = transform;
-        return flat(width, height);
-    }
-    HMKRgbaImage scaled(const HMKRgbaImage&, int width, int height) override {
-        scaledWidth = width;
-        scaledHeight = height;
-        return flat(width, height);
-    }
-    int renderedWidth = 0, renderedHeight = 0, scaledWidth = 0, scaledHeight = 0;
-    HMKAffineTransform renderedTransform;
-
-private:
-    HMKRgbaImage flat(int width, int height) const {
-        HMKRgbaImage image{width, height, std::vector<std::uint8_t>(width * height * 4, level_)};
-        for (std::size_t i = 3; i < image.rgba.size(); i += 4)
-            image.rgba[i] = 255;
-        return image;
-    }
-    std::uint8_t level_;
-};
-
-TEST_F(PesWriter, ThumbnailScalesTheDesignToFortyTwoWideCentredInTheFrame) {
-    auto provider = std::make_shared<FlatRasterProvider>(255);
-    installRasterProvider(provider);
-    HMKDesign design = tinyDesign("Tiny.pes");  // 23 x 4 units
-    Bytes thumbnail = design.exportPecBitmapToDataForThread(-1);
-
-    EXPECT_EQ(provider->renderedWidth, 43);
-    EXPECT_EQ(provider->renderedHeight, 24);
-    const HMKAffineTransform& t = provider->renderedTransform;
-    EXPECT_EQ((std::vector<double>{t.a, t.b, t.c, t.d, t.tx, t.ty}),
-              (std::vector<double>{1, 0, 0, -1, 20, 15}));  // y flipped, (xMin-10, yMax+10) at 0
-    EXPECT_EQ(provider->scaledWidth, 42);
-    EXPECT_EQ(provider->scaledHeight, 23);
-
-    // A bright picture is drawn as its outline: rows 7 to 29, columns 3 to 44.
-    Bytes expected = emptyThumbnail();
-    auto row = [&](int y, std::initializer_list<int> bytes) {
-        std::copy(bytes.begin(), bytes.end(), expected.begin() + 6 * y);
-    };
-    row(7, {0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F});
-    for (int y = 8; y <= 28; ++y)
-        row(y, {0x0A, 0x00, 0x00, 0x00, 0x00, 0x50});
-    row(29, {0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F});
-    EXPECT_EQ(thumbnail, expected);
-}
-
-TEST_F(PesWriter, ThumbnailFillsPixelsNoBrighterThan179) {
-    for (int level : {179, 180}) {
-        installRasterProvider(std::make_shared<FlatRasterProvider>(level));
-        HMKDesign design = tinyDesign("Tiny.pes");
-        Bytes thumbnail = design.exportPecBitmapToDataForThread(0);
-        EXPECT_EQ(slice(thumbnail, 6 * 15, 6), level == 179
-                                                   ? bytesOf({0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F})
-                                                   : bytesOf({0x0A, 0x00, 0x00, 0x00, 0x00, 0x50}))
-            << level;
-    }
-}
-
-TEST_F(PesWriter, TallDesignsAreScaledToThirtyTwoRows) {
-    auto provider = std::make_shared<FlatRasterProvider>(0);
-    installRasterProvider(provider);
-    HMKDesign design =
-        makeDesign({plain(0, 300), plain(100, -600)}, {makeThread("405", "Brother")});
-    design.exportPecBitmapToDataForThread(-1);
-    EXPECT_EQ(provider->renderedWidth, 120);
-    EXPECT_EQ(provider->renderedHeight, 620);
-    EXPECT_EQ(provider->scaledHeight, 32);
-    EXPECT_EQ(provider->scaledWidth, 6);  // 120 * 32 / 620 = 6.19
 }
 
 TEST_F(PesWriter, WritesOneThumbnailPerThreadAfterTheWholeDesign) {
