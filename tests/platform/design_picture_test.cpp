@@ -155,7 +155,8 @@ TEST_F(DesignPicture, SvgIsAnXmlSvgDocument) {
     EXPECT_EQ(fileStart(path, 5), "<?xml");
     std::string text = wholeFile(path);
     EXPECT_NE(text.find("<svg"), std::string::npos);
-    EXPECT_NE(text.find("viewBox=\"0 0 240 240\""), std::string::npos);
+    // Real size: 200 x 100 units, half a stitch and 5 mm more on every side.
+    EXPECT_NE(text.find("width=\"30.35mm\" height=\"20.35mm\""), std::string::npos);
     EXPECT_EQ(text.find("font-size=\"-1\""), std::string::npos);
 }
 
