@@ -50,6 +50,21 @@ TEST(RasterContext, CoverageIsTheExactAreaOfEachPixel) {
     }
 }
 
+TEST(RasterContext, ShapesReachingPastTheEdgesAreCutExactly) {
+    // A triangle from x = -4 to 8 over rows 0 to 4: what lies inside the raster is the part
+    // of its area right of x = 0 and left of x = 6.
+    const HMKRaster raster = draw(6, 4, [](HMKDrawingContext& c) {
+        c.moveTo(-4, 0);
+        c.lineTo(8, 0);
+        c.lineTo(8, 4);
+        c.fillPath();
+    });
+    // The triangle's height at x is (x + 4) / 3; from 0 to 6 that is the area 4/3 * 6 + 3.
+    EXPECT_NEAR(inkArea(raster), 4.0 / 3 * 6 + 6.0 * 6 / 6, 0.05);
+    EXPECT_EQ(alphaAt(raster, 5, 0), 255);
+    EXPECT_EQ(alphaAt(raster, 0, 3), 0);
+}
+
 TEST(RasterContext, StrokesCoverTheirOutlineWithRoundEnds) {
     const struct {
         const char* name;
@@ -106,6 +121,8 @@ TEST(RasterContext, GradientFillsOnlyTheClipAndRunsAlongItsAxis) {
     });
     EXPECT_EQ(raster.pixel(1, 1), 0u);
     EXPECT_EQ(raster.pixel(8, 1), 0u);
+    // Sampled at pixel centres: the first is 0.5 / 6 of the way from black to white.
+    EXPECT_NEAR((raster.pixel(2, 1) >> 8) & 0xff, 21, 2);
     int previous = -1;
     for (int x = 2; x < 8; ++x) {
         const int green = static_cast<int>((raster.pixel(x, 1) >> 8) & 0xff);

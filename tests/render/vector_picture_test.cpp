@@ -82,6 +82,9 @@ TEST(DesignSvg, IsRealSizeWithAPathPerRunAndTheCoreReusingIt) {
     // The first run, from (10, 0) to (30, 10), y pointing down.
     EXPECT_NE(svg.find("d=\"M10 0l10 0 0 -10\""), std::string::npos);
     EXPECT_NE(svg.find("<rect"), std::string::npos);
+    // Red thread: a darker rim and the thread colour.
+    EXPECT_NE(svg.find("<g stroke=\"#cc0000\" stroke-width=\"3.5\">"), std::string::npos);
+    EXPECT_NE(svg.find("stroke=\"#ff0000\" stroke-width=\"2.45\""), std::string::npos);
 }
 
 TEST(DesignSvg, StaysSmallForDenseDesigns) {
