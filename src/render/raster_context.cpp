@@ -768,8 +768,7 @@ void HMKRasterContext::paintTwoLayers(std::uint32_t outer, std::uint32_t inner) 
             if (outerWeight == 0 && innerWeight == 0) {
                 return;
             }
-            row[x] =
-                blendPixelOver(blendPixelOver(row[x], outer, outerWeight), inner, innerWeight);
+            row[x] = blendPixelOver(blendPixelOver(row[x], outer, outerWeight), inner, innerWeight);
         };
         for (int i = 0; i < span.length; ++i) {
             paint(span.x + i, span.coverage[i], span.inner[i]);

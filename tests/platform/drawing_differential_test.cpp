@@ -38,7 +38,8 @@ QImage referenceImage(const HMKDesign& design, const HMKDesignImageRequest& requ
 // smoothly scaled to the picture area.
 std::vector<std::uint8_t> referenceThumbnail(const HMKDesign& design, std::int32_t thread) {
     const HMKPecThumbnailLayout layout = pecThumbnailLayout(design);
-    QImage full(layout.fullWidth, layout.fullHeight, QImage::Format_ARGB32_Premultiplied);
+    QImage full(static_cast<int>(layout.fullWidth), static_cast<int>(layout.fullHeight),
+                QImage::Format_ARGB32_Premultiplied);
     full.fill(Qt::transparent);
     {
         QPainter painter(&full);

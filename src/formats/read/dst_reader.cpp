@@ -8,27 +8,18 @@
 #include <string_view>
 
 #include "formats/byte_reader.h"
+#include "formats/dst_records.h"
 #include "formats/file_io.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 
 namespace {
 
-constexpr std::size_t kDstHeaderSize = 512;
-constexpr std::size_t kDstRecordSize = 3;
 // The header plus one record plus one byte: the last three bytes are never decoded.
 constexpr std::size_t kDstMinimumFileSize = 516;
 // Tags must lie in the first 511 characters; a tag ending on the 512th is not found.
 constexpr std::size_t kDstHeaderSearchLength = 511;
 constexpr std::int32_t kDstDesignVersion = 10;
-
-constexpr std::uint8_t kDstEndRecord = 0xF3;
-constexpr std::uint8_t kDstKindMask = 0xC3;
-constexpr std::uint8_t kDstNormalKind = 0x03;
-constexpr std::uint8_t kDstJumpKind = 0x83;
-constexpr std::uint8_t kDstColorChangeKind = 0xC3;
-
-// Placeholder thread keys run "1" to "20" and then start again.
 
 struct DstHeaderTag {
     std::string_view tag;
@@ -48,32 +39,6 @@ constexpr std::array<DstHeaderTag, 9> kDstHeaderTags = {{
     {"AX:", 118, "Unable to import DST file (missing AX: tag in header)."},
     {"AY:", 119, "Unable to import DST file (missing AY: tag in header)."},
 }};
-
-// The movement one record byte contributes. In every byte, bits 0/1 are x +small/-small,
-// bits 2/3 x +large/-large, bits 7/6 y +small/-small and bits 5/4 y +large/-large; the third
-// byte has no small weights (its bits 0, 1, 6 and 7 are the record kind).
-struct DstByteMoves {
-    std::array<std::int8_t, 256> dx{};
-    std::array<std::int8_t, 256> dy{};
-};
-
-constexpr DstByteMoves makeDstByteMoves(int small, int large) {
-    DstByteMoves moves;
-    for (int byte = 0; byte < 256; ++byte) {
-        auto bit = [byte](int index) { return (byte >> index) & 1; };
-        moves.dx[byte] =
-            static_cast<std::int8_t>(small * (bit(0) - bit(1)) + large * (bit(2) - bit(3)));
-        moves.dy[byte] =
-            static_cast<std::int8_t>(small * (bit(7) - bit(6)) + large * (bit(5) - bit(4)));
-    }
-    return moves;
-}
-
-constexpr DstByteMoves kDstFirstByteMoves = makeDstByteMoves(1, 9);
-constexpr DstByteMoves kDstSecondByteMoves = makeDstByteMoves(3, 27);
-constexpr DstByteMoves kDstThirdByteMoves = makeDstByteMoves(0, 81);
-
-// The placeholder threads, made once per key: building a thread loads its palette.
 
 }  // namespace
 
@@ -110,17 +75,17 @@ bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
             return true;
         }
         const std::uint8_t kind = b2 & kDstKindMask;
-        if (kind != kDstNormalKind && kind != kDstJumpKind && kind != kDstColorChangeKind) {
+        if (kind != kDstStitchKind && kind != kDstJumpKind && kind != kDstColorChangeKind) {
             return fail(error, 111, "Unable to import DST file (invalid function codes).");
         }
         const bool isColorChange = kind == kDstColorChangeKind;
         if (isColorChange) {
             placeholders.appendTo(design);
         }
-        const float dx = static_cast<float>(kDstFirstByteMoves.dx[b0] + kDstSecondByteMoves.dx[b1] +
-                                            kDstThirdByteMoves.dx[b2]);
-        const float dy = static_cast<float>(kDstFirstByteMoves.dy[b0] + kDstSecondByteMoves.dy[b1] +
-                                            kDstThirdByteMoves.dy[b2]);
+        const float dx = static_cast<float>(kDstByteMoves[0].dx[b0] + kDstByteMoves[1].dx[b1] +
+                                            kDstByteMoves[2].dx[b2]);
+        const float dy = static_cast<float>(kDstByteMoves[0].dy[b0] + kDstByteMoves[1].dy[b1] +
+                                            kDstByteMoves[2].dy[b2]);
         appender.append(dx, dy, kind == kDstJumpKind, isColorChange);
     }
     return true;

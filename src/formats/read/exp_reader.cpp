@@ -5,22 +5,12 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
+#include "formats/read/escape_stream.h"
 #include "formats/read/readers.h"
 
 namespace {
 
 constexpr std::int32_t kExpVersion = 10;
-constexpr std::uint8_t kExpEscape = 0x80;
-// 0x80 0x80 is an escaped plain stitch of (0, 0), not a jump.
-constexpr std::uint8_t kExpEscapedZeroStitch = 0x80;
-constexpr std::size_t kExpStitchSize = 2;
-constexpr std::size_t kExpEscapeRecordSize = 4;
-
-// A positive odd code (0x01, 0x03, ... 0x7F) changes the colour; 0x81 and above are negative
-// as signed bytes and therefore jumps, like every even code.
-bool isColorChangeCode(std::int8_t code) {
-    return code > 0 && code % 2 == 1;
-}
 
 }  // namespace
 
@@ -38,37 +28,20 @@ bool importExpDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     placeholders.appendTo(design);
 
     auto& stitches = design.stitches();
-    stitches.reserve(stitches.size() + length / kExpStitchSize);
+    stitches.reserve(stitches.size() + length / kMoveRecordSize);
     HMKStitchAppender appender(design);
-    std::size_t p = 0;
-    while (p + 1 < length) {
-        auto first = reader.u8(p);
-        auto second = reader.s8(p + 1);
-        if (!first || !second) {
-            break;
-        }
-        HMKStitch stitch(static_cast<std::int8_t>(*first), *second, false, false);
-        if (*first == kExpEscape) {
-            auto dx = reader.s8(p + 2);
-            auto dy = reader.s8(p + 3);
-            if (!dx || !dy) {
-                // A cut-short escape record at the very end ends the design quietly.
-                return true;
+    readEscapeStream(
+        reader, 0, appender,
+        [&](std::uint8_t code, std::int8_t dx, std::int8_t dy) -> std::optional<HMKEscapeRecord> {
+            if (code == kExpEscapedZeroStitch) {
+                return HMKEscapeRecord{HMKStitch(0, 0, false, false)};
             }
-            if (static_cast<std::uint8_t>(*second) == kExpEscapedZeroStitch) {
-                stitch = HMKStitch(0, 0, false, false);
-            } else if (isColorChangeCode(*second)) {
+            if (isExpColorChangeCode(code)) {
                 placeholders.appendTo(design);
-                stitch = HMKStitch(0, 0, false, true);
-            } else {
-                stitch = HMKStitch(*dx, *dy, true, false);
+                return HMKEscapeRecord{HMKStitch(0, 0, false, true)};
             }
-            p += kExpEscapeRecordSize;
-        } else {
-            p += kExpStitchSize;
-        }
-        appender.append(stitch);
-    }
+            return HMKEscapeRecord{HMKStitch(dx, dy, true, false)};
+        });
     return true;
 }
 

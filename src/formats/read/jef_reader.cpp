@@ -8,21 +8,16 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
+#include "formats/janome_records.h"
+#include "formats/read/escape_stream.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 
 namespace {
 
-constexpr std::size_t kJanomeStitchOffsetField = 0;
-constexpr std::size_t kJanomeVersionOffset = 4;
-constexpr std::size_t kJanomeValueSize = 4;
-
 // --- JEF header ------------------------------------------------------------------------------
 // Files of 51 bytes or fewer carry no meta data.
 constexpr std::size_t kJefMinimumFileSize = 52;
-constexpr std::size_t kJefColorCountOffset = 24;
-constexpr std::size_t kJefHoopCodeOffset = 32;
-constexpr std::size_t kJefColorTableOffset = 116;
 // Deliberate: the length check asks for 120 + 4n bytes, which covers the colour codes but not
 // the whole tension table; tensions missing beyond it fail with the same error.
 constexpr std::int64_t kJefColorTableCheckBase = 120;
@@ -31,20 +26,8 @@ constexpr std::int64_t kJefColorTableCheckPerColor = 4;
 // --- JPX header ------------------------------------------------------------------------------
 // Files of 119 bytes or fewer carry no meta data.
 constexpr std::size_t kJpxMinimumFileSize = 120;
-constexpr std::size_t kJpxColorCountOffset = 32;
-constexpr std::size_t kJpxHoopCodeOffset = 40;
-constexpr std::size_t kJpxColorTableOffset = 60;
 constexpr std::int64_t kJpxColorTableCheckBase = 60;
 constexpr std::int64_t kJpxColorTableCheckPerColor = 8;
-
-// --- Stitch encoding -------------------------------------------------------------------------
-constexpr std::uint8_t kJanomeControl = 0x80;
-constexpr std::uint8_t kJanomeColorChange = 0x01;
-constexpr std::uint8_t kJanomeJump = 0x02;
-constexpr std::uint8_t kJanomeMove = 0x04;
-constexpr std::uint8_t kJanomeEnd = 0x10;
-constexpr std::size_t kJanomeStitchSize = 2;
-constexpr std::size_t kJanomeControlSize = 4;
 
 constexpr const char* kJanomeVendor = "Janome";
 constexpr const char* kJanomePalette = "Janome";
@@ -160,43 +143,28 @@ std::size_t readJanomeStitches(HMKDesign& design, const HMKByteReader& reader, s
     auto& stitches = design.stitches();
     const std::size_t size = reader.size();
     if (offset < size) {
-        stitches.reserve(stitches.size() + (size - offset) / kJanomeStitchSize);
+        stitches.reserve(stitches.size() + (size - offset) / kMoveRecordSize);
     }
     HMKStitchAppender appender(design);
     std::size_t colorChanges = 0;
-    // A lone final byte is never read: a record needs at least two.
-    for (std::size_t position = offset; position + 1 < size;) {
-        const std::uint8_t first = reader.u8(position).value_or(0);
-        std::int8_t dx = 0;
-        std::int8_t dy = 0;
-        bool isJump = false;
-        bool isColorChange = false;
-        if (first != kJanomeControl) {
-            dx = static_cast<std::int8_t>(first);
-            dy = reader.s8(position + 1).value_or(0);
-            position += kJanomeStitchSize;
-        } else {
-            if (!reader.contains(position, kJanomeControlSize)) {
-                break;
+    readEscapeStream(
+        reader, offset, appender,
+        [&](std::uint8_t code, std::int8_t dx, std::int8_t dy) -> std::optional<HMKEscapeRecord> {
+            switch (code) {
+                case kJanomeEnd:
+                    return std::nullopt;
+                case kJanomeColorChange:
+                    ++colorChanges;
+                    return HMKEscapeRecord{HMKStitch(dx, dy, false, true)};
+                case kJanomeJump:
+                case kJanomeMove:
+                    return HMKEscapeRecord{HMKStitch(dx, dy, true, false)};
+                default:
+                    // Deliberate: unknown control codes become zero-length
+                    // stitches.
+                    return HMKEscapeRecord{HMKStitch(0, 0, false, false), kMoveRecordSize};
             }
-            const std::uint8_t command = reader.u8(position + 1).value_or(kJanomeEnd);
-            if (command == kJanomeEnd) {
-                break;
-            }
-            if (command == kJanomeColorChange || command == kJanomeJump || command == kJanomeMove) {
-                isColorChange = command == kJanomeColorChange;
-                isJump = !isColorChange;
-                dx = reader.s8(position + 2).value_or(0);
-                dy = reader.s8(position + 3).value_or(0);
-                position += kJanomeControlSize;
-                colorChanges += isColorChange ? 1 : 0;
-            } else {
-                // Deliberate: unknown control codes become zero-length stitches.
-                position += kJanomeStitchSize;
-            }
-        }
-        appender.append(static_cast<float>(dx), static_cast<float>(dy), isJump, isColorChange);
-    }
+        });
     return colorChanges;
 }
 

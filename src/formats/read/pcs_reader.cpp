@@ -10,6 +10,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
+#include "formats/pcs_records.h"
 #include "formats/read/readers.h"
 #include "model/format_text.h"
 #include "model/strings.h"
@@ -20,12 +21,6 @@ constexpr std::int32_t kPcxVersion = 20;
 // A PCS file whose colour records also move the needle.
 constexpr std::int32_t kPcxMovingColorVersion = 21;
 constexpr std::size_t kPcxHeaderSize = 6;
-constexpr std::uint8_t kPcxMagic = 0x32;
-constexpr std::size_t kPcxTypeOffset = 1;
-constexpr std::size_t kPcxColorCountOffset = 2;
-constexpr std::size_t kPcxPaletteOffset = 4;
-constexpr std::size_t kPcxPaletteEntrySize = 4;
-constexpr std::uint16_t kPcxMaxColors = 16;
 
 constexpr std::uint8_t kPcxTypePcd = 0;
 constexpr std::uint8_t kPcxTypePcq = 1;
@@ -34,18 +29,6 @@ constexpr std::uint8_t kPcxTypePcsSmallHoop = 2;
 constexpr std::uint8_t kPcxTypePcsLargeHoop = 3;
 constexpr const char* kPcxHoopVendor = "Pfaff";
 
-constexpr std::size_t kPcxRecordSize = 9;
-constexpr std::size_t kPcxRecordColorIndexOffset = 0;
-constexpr std::size_t kPcxRecordXOffset = 1;
-constexpr std::size_t kPcxRecordYOffset = 5;
-constexpr std::size_t kPcxRecordFlagOffset = 8;
-constexpr std::uint8_t kPcxColorRecord = 3;
-constexpr std::uint8_t kPcxJumpRecord = 4;
-
-// 24-bit values of 0x800000 and above are negative, but deliberately offset by 0xFFFFFF
-// rather than 0x1000000 (0xFFFFFF reads as 0): the writer stores negatives the same way.
-constexpr std::int32_t kPcxNegativeThreshold = 0x800000;
-constexpr std::int32_t kPcxNegativeOffset = 0xFFFFFF;
 // 1/6 mm to 0.1 mm, in double precision as the format has always been read.
 constexpr double kPcxUnitsToDesignUnits = 1.6666666667;
 // Only the upper limits are checked, deliberately.
@@ -57,11 +40,6 @@ constexpr double kPcxHalfHoopPerMm = 5;
 constexpr double kPcxMaxStitchLength = 120;
 
 constexpr double kPcxMaxColorByte = 255.0;
-
-std::int32_t decodeCoordinate(std::uint32_t raw) {
-    auto value = static_cast<std::int32_t>(raw);
-    return value >= kPcxNegativeThreshold ? value - kPcxNegativeOffset : value;
-}
 
 bool failTooSmall(HMKError* error) {
     return fail(error, 160, "Unable to read PCx (file too small)");
@@ -85,10 +63,10 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     if (length < kPcxHeaderSize) {
         return failTooSmall(error);
     }
-    if (reader.u8(0) != kPcxMagic) {
+    if (reader.u8(0) != kPcsMagic) {
         return fail(error, 161, "Unable to read PCx (missing magic)");
     }
-    const std::uint8_t type = reader.u8(kPcxTypeOffset).value_or(0);
+    const std::uint8_t type = reader.u8(kPcsTypeOffset).value_or(0);
     switch (type) {
         case kPcxTypePcq:
             design.setDesignType("PCQ");
@@ -109,14 +87,14 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         design.setHoopFromVendor(kPcxHoopVendor, type);
     }
 
-    const std::size_t colorCount = reader.u16le(kPcxColorCountOffset).value_or(0);
-    if (colorCount > kPcxMaxColors) {
+    const std::size_t colorCount = reader.u16le(kPcsColorCountOffset).value_or(0);
+    if (colorCount > kPcsMaxColors) {
         return fail(error, 163, "Unable to read PCx (color palette > 16)");
     }
-    const std::size_t stitchCountOffset = kPcxPaletteOffset + kPcxPaletteEntrySize * colorCount;
+    const std::size_t stitchCountOffset = kPcsPaletteOffset + kPcsPaletteEntrySize * colorCount;
     const auto stitchCount = reader.u16le(stitchCountOffset);
     // The second size check counts two bytes more than the records need; kept as it stands.
-    if (!stitchCount || length < stitchCountOffset + 4 + kPcxRecordSize * *stitchCount) {
+    if (!stitchCount || length < stitchCountOffset + 4 + kPcsRecordSize * *stitchCount) {
         return failTooSmall(error);
     }
 
@@ -127,7 +105,7 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     auto& stitches = design.stitches();
     // Not sized from the header alone: colour records come on top of the counted ones, and
     // the file must hold every record reserved for.
-    stitches.reserve(stitches.size() + (length - firstRecord) / kPcxRecordSize);
+    stitches.reserve(stitches.size() + (length - firstRecord) / kPcsRecordSize);
 
     // The hoop centre is where the needle starts (the writer's colour record 0 stays there).
     double previousX = 0;
@@ -136,16 +114,16 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     bool isFirstRecord = true;
     bool madeThread = false;
     // Built once per palette entry: colour records may follow each other closely.
-    std::array<std::optional<HMKThread>, kPcxMaxColors> paletteThreads;
+    std::array<std::optional<HMKThread>, kPcsMaxColors> paletteThreads;
     std::size_t stitchRecordsRead = 0;
     for (std::size_t record = firstRecord;
-         stitchRecordsRead < *stitchCount && reader.contains(record, kPcxRecordSize);
-         record += kPcxRecordSize) {
+         stitchRecordsRead < *stitchCount && reader.contains(record, kPcsRecordSize);
+         record += kPcsRecordSize) {
         const std::int32_t rawX =
-            decodeCoordinate(reader.u24le(record + kPcxRecordXOffset).value_or(0));
+            decodePcsCoordinate(reader.u24le(record + kPcsRecordXOffset).value_or(0));
         const std::int32_t rawY =
-            decodeCoordinate(reader.u24le(record + kPcxRecordYOffset).value_or(0));
-        const std::uint8_t flag = reader.u8(record + kPcxRecordFlagOffset).value_or(0);
+            decodePcsCoordinate(reader.u24le(record + kPcsRecordYOffset).value_or(0));
+        const std::uint8_t flag = reader.u8(record + kPcsRecordFlagOffset).value_or(0);
         if (rawX * kPcxUnitsToDesignUnits > kPcxMaxX || rawY * kPcxUnitsToDesignUnits > kPcxMaxY) {
             return fail(error, 165, "Unable to read PCx (invalid stitch position)");
         }
@@ -153,14 +131,14 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         double positionY = rawY * kPcxUnitsToDesignUnits - halfHoopHeight;
         bool isJump = false;
         bool isColorChange = false;
-        if (isPcs && flag == kPcxColorRecord) {
-            const std::size_t index = reader.u8(record + kPcxRecordColorIndexOffset).value_or(0);
+        if (isPcs && flag == kPcsColorRecord) {
+            const std::size_t index = reader.u8(record + kPcsRecordColorIndexOffset).value_or(0);
             if (index >= colorCount) {
                 return fail(error, 164, "Unable to read PCS (invalid color index)");
             }
             auto& thread = paletteThreads[index];
             if (!thread) {
-                const std::size_t entry = kPcxPaletteOffset + kPcxPaletteEntrySize * index;
+                const std::size_t entry = kPcsPaletteOffset + kPcsPaletteEntrySize * index;
                 thread =
                     paletteThread(reader.u8(entry).value_or(0), reader.u8(entry + 1).value_or(0),
                                   reader.u8(entry + 2).value_or(0));
@@ -176,7 +154,7 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
             }
         } else {
             ++stitchRecordsRead;
-            if (isPcs && flag == kPcxJumpRecord) {
+            if (isPcs && flag == kPcsJumpRecord) {
                 isJump = true;
             } else if (positionX == previousX && positionY == previousY && !stitches.empty()) {
                 // A stitch onto the same spot marks the move before it as a jump.

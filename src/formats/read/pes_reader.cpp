@@ -11,6 +11,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
+#include "formats/pec_records.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 
@@ -23,39 +24,28 @@ constexpr std::size_t kVersionOffset = 4;
 constexpr std::size_t kVersionDigits = 4;
 constexpr std::size_t kPesMinimumFileSize = 8;
 constexpr std::size_t kPecMinimumFileSize = 11;
-constexpr std::string_view kPecSectionTag = "LA:";
 constexpr std::size_t kPecSectionTagOffset = 8;
 constexpr std::array<int, 13> kPesVersions = {1, 20, 25, 30, 40, 50, 55, 56, 60, 70, 71, 80, 90};
 constexpr int kPecVersion = 1;
 // Version 1 is kept as 10 (tenths); the later versions are kept as written.
 constexpr std::int32_t kVersionOneDesignVersion = 10;
 
-// --- PEC segment (offsets from the byte after "LA:") -----------------------------------------
-constexpr std::size_t kPecMinimumSegmentSize = 529;
-constexpr std::size_t kPecColorIndexOffset = 46;
-constexpr std::size_t kPecGraphicHeaderOffset = 509;
-constexpr std::size_t kPecThumbnailOffsetField = 511;
-// The extents follow the three bytes 31 FF F0 that end at 516, which is where our writer and
-// machine-written files put them; the stitch data begins after four more bytes (E0 01 B0 01).
-constexpr std::size_t kPecWidthOffset = 517;
-constexpr std::size_t kPecHeightOffset = 519;
-constexpr std::size_t kPecStitchDataOffset = 525;
+// --- PEC segment: the section after its "LA:" tag -----------------------------------------
+constexpr std::size_t inSegment(std::size_t sectionOffset) {
+    return sectionOffset - kPecSectionTag.size();
+}
+// Room for the stitch data's start position.
+constexpr std::size_t kPecMinimumSegmentSize =
+    inSegment(kPecStitchDataOffset + kPecStartPositionSize);
+constexpr std::size_t kPecColorIndexOffset = inSegment(kPecColorListOffset);
+constexpr std::size_t kPecGraphicHeaderOffset = inSegment(kPecHeaderSize);
+constexpr std::size_t kPecThumbnailOffsetField = inSegment(kPecStitchLengthOffset);
+constexpr std::size_t kPecSegmentWidthOffset = inSegment(kPecWidthOffset);
+constexpr std::size_t kPecSegmentHeightOffset = inSegment(kPecHeightOffset);
+constexpr std::size_t kPecSegmentStitchDataOffset = inSegment(kPecStitchDataOffset);
 // Files from some machines carry the stitch data one byte later; a failed decode is retried
 // there.
-constexpr std::size_t kPecShiftedStitchDataOffset = 526;
-constexpr std::size_t kPecStartPositionSize = 4;
-
-// --- PEC stitch stream -----------------------------------------------------------------------
-constexpr std::uint8_t kPecEndOfStitches = 0xFF;
-constexpr std::uint8_t kPecCommand = 0xFE;
-constexpr std::uint8_t kPecColorChange = 0xB0;
-constexpr std::size_t kPecColorChangeSize = 3;
-constexpr std::uint8_t kPecLongFormBit = 0x80;
-constexpr std::uint8_t kPecNegativeShortBit = 0x40;
-constexpr int kPecShortFormRange = 128;
-constexpr std::uint8_t kPecLongFormHighBits = 0x0F;
-constexpr int kPecLongFormSignLimit = 7;
-constexpr int kPecLongFormRange = 4096;
+constexpr std::size_t kPecShiftedStitchDataOffset = kPecSegmentStitchDataOffset + 1;
 // Long-form first bytes that still mean a plain stitch (no flags, value -256 to 255).
 constexpr std::uint8_t kPecPlainLongPositive = 0x80;
 constexpr std::uint8_t kPecPlainLongNegative = 0x8F;
@@ -86,13 +76,6 @@ std::int32_t designVersionOf(int fileVersion) {
     return fileVersion == 1 ? kVersionOneDesignVersion : fileVersion;
 }
 
-// 12-bit two's complement from the low nibble of the first byte and the second byte.
-int pecLongValue(std::uint8_t first, std::uint8_t second) {
-    const int high = first & kPecLongFormHighBits;
-    const int value = high * 256 + second;
-    return high > kPecLongFormSignLimit ? value - kPecLongFormRange : value;
-}
-
 struct PecCoordinate {
     int value = 0;
     std::uint8_t firstByte = 0;
@@ -113,14 +96,13 @@ std::optional<PecCoordinate> readPecCoordinate(const HMKByteReader& reader, std:
         return std::nullopt;
     }
     if ((*first & kPecLongFormBit) == 0) {
-        const int value = (*first & kPecNegativeShortBit) ? *first - kPecShortFormRange : *first;
-        return PecCoordinate{value, *first, 1};
+        return PecCoordinate{decodePecShort(*first), *first, 1};
     }
     const auto second = reader.u8(offset + 1);
     if (!second) {
         return std::nullopt;
     }
-    return PecCoordinate{pecLongValue(*first, *second), *first, 2};
+    return PecCoordinate{decodePecLong(*first, *second), *first, 2};
 }
 
 // Code 33 alone carries its text as the failure reason (kept as the files' readers expect).
@@ -196,7 +178,7 @@ bool HMKDesign::importPecSegmentFromData(std::span<const std::uint8_t> segment, 
     if (segment.size() < kPecMinimumSegmentSize) {
         return fail(error, 190, "Unable to import PEC segment (segment too small for attributes).");
     }
-    std::int32_t colorBlocks = importPecStichesFromData(segment, kPecStitchDataOffset);
+    std::int32_t colorBlocks = importPecStichesFromData(segment, kPecSegmentStitchDataOffset);
     if (colorBlocks == 0) {
         stitches().clear();
         resetBounds();
@@ -235,11 +217,11 @@ std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> s
 
     // The first stitch moves from the design's centre to the start position.
     const int startX =
-        pecLongValue(reader.u8(offset).value_or(0), reader.u8(offset + 1).value_or(0));
+        decodePecLong(reader.u8(offset).value_or(0), reader.u8(offset + 1).value_or(0));
     const int startY =
-        pecLongValue(reader.u8(offset + 2).value_or(0), reader.u8(offset + 3).value_or(0));
-    const int halfWidth = reader.s16le(kPecWidthOffset).value_or(0) / 2;
-    const int halfHeight = reader.s16le(kPecHeightOffset).value_or(0) / 2;
+        decodePecLong(reader.u8(offset + 2).value_or(0), reader.u8(offset + 3).value_or(0));
+    const int halfWidth = reader.s16le(kPecSegmentWidthOffset).value_or(0) / 2;
+    const int halfHeight = reader.s16le(kPecSegmentHeightOffset).value_or(0) / 2;
     HMKStitchAppender appender(*this);
     appender.append(static_cast<float>(startX - halfWidth), static_cast<float>(halfHeight - startY),
                     true, false);

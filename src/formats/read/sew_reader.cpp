@@ -5,6 +5,7 @@
 
 #include "formats/byte_reader.h"
 #include "formats/file_io.h"
+#include "formats/read/escape_stream.h"
 #include "formats/read/readers.h"
 
 namespace {
@@ -18,13 +19,6 @@ constexpr std::size_t kSewColorCountOffset = 0;
 constexpr std::size_t kSewColorTableOffset = 2;
 constexpr std::size_t kSewStitchDataOffset = 7544;
 constexpr const char* kSewPalette = "Janome";
-
-constexpr std::uint8_t kSewEscape = 0x80;
-constexpr std::uint8_t kSewColorChange = 0x01;
-constexpr std::uint8_t kSewJump = 0x02;
-constexpr std::uint8_t kSewEnd = 0x10;
-constexpr std::size_t kSewStitchSize = 2;
-constexpr std::size_t kSewEscapeRecordSize = 4;
 
 }  // namespace
 
@@ -56,47 +50,24 @@ bool importSewDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
 
     design.resetBounds();
     auto& stitches = design.stitches();
-    stitches.reserve(stitches.size() + (length - kSewStitchDataOffset) / kSewStitchSize);
+    stitches.reserve(stitches.size() + (length - kSewStitchDataOffset) / kMoveRecordSize);
     HMKStitchAppender appender(design);
-    std::size_t p = kSewStitchDataOffset;
-    while (p + 1 < length) {
-        auto first = reader.u8(p);
-        auto second = reader.s8(p + 1);
-        if (!first || !second) {
-            break;
-        }
-        HMKStitch stitch(static_cast<std::int8_t>(*first), *second, false, false);
-        if (*first == kSewEscape) {
-            auto dx = reader.s8(p + 2);
-            auto dy = reader.s8(p + 3);
-            if (!dx || !dy) {
-                // Any escape record within the last three bytes ends the design quietly,
-                // even the 2-byte ones that would still fit.
-                return true;
-            }
-            switch (static_cast<std::uint8_t>(*second)) {
-                case kSewColorChange:
-                    stitch = HMKStitch(0, 0, false, true);
-                    p += kSewEscapeRecordSize;
-                    break;
-                case kSewJump:
-                    stitch = HMKStitch(*dx, *dy, true, false);
-                    p += kSewEscapeRecordSize;
-                    break;
-                case kSewEnd:
-                    return true;
+    readEscapeStream(
+        reader, kSewStitchDataOffset, appender,
+        [](std::uint8_t code, std::int8_t dx, std::int8_t dy) -> std::optional<HMKEscapeRecord> {
+            switch (code) {
+                case kJanomeColorChange:
+                    return HMKEscapeRecord{HMKStitch(0, 0, false, true)};
+                case kJanomeJump:
+                    return HMKEscapeRecord{HMKStitch(dx, dy, true, false)};
+                case kJanomeEnd:
+                    return std::nullopt;
                 default:
-                    // Any other code is a (0, 0) stitch of 2 bytes; what follows is read as a
-                    // new record.
-                    stitch = HMKStitch(0, 0, false, false);
-                    p += kSewStitchSize;
-                    break;
+                    // Any other code is a (0, 0) stitch of 2 bytes; what follows
+                    // is read as a new record.
+                    return HMKEscapeRecord{HMKStitch(0, 0, false, false), kMoveRecordSize};
             }
-        } else {
-            p += kSewStitchSize;
-        }
-        appender.append(stitch);
-    }
+        });
     return true;
 }
 

@@ -6,67 +6,23 @@
 #include <cstdlib>
 #include <string>
 
-#include "formats/file_io.h"
+#include "formats/dst_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/writer_support.h"
+#include "formats/write/writers.h"
 #include "model/design.h"
 
 namespace {
 
-constexpr std::size_t kDstHeaderSize = 512;
-constexpr std::size_t kDstRecordSize = 3;
 constexpr std::size_t kDstLabelWidth = 16;
 constexpr std::uint8_t kDstCarriageReturn = 0x0D;
-constexpr std::uint8_t kDstEndOfText = 0x1A;
-constexpr std::uint8_t kDstEndRecord = 0xF3;
 constexpr std::uint8_t kDstPadding = ' ';
-// Byte 2 of every record has its two low bits set; jumps and colour changes add flags.
-constexpr std::uint8_t kDstStitchFlags = 0x03;
-constexpr std::uint8_t kDstJumpFlags = 0x83;
-constexpr std::uint8_t kDstColorChangeFlags = 0xC3;
 constexpr std::size_t kDstAxFieldOffset = 77;
 constexpr std::size_t kDstAyFieldOffset = 87;
 constexpr std::size_t kDstSumFieldWidth = 6;
 constexpr int kDstMaxStitchesAndThreads = 9999999;
 constexpr int kDstMaxColorChanges = 1000;
 constexpr int kDstMaxExtent = 99999;
-constexpr int kDstVersion = 10;
-
-// One balanced-ternary digit of an axis: where its +1 and -1 bits stand in the record.
-struct DstDigit {
-    int weight;
-    std::size_t byteIndex;
-    std::uint8_t plusBit;
-    std::uint8_t minusBit;
-};
-
-// Largest weight first: each digit is taken when the remainder is at least half its weight.
-constexpr std::array<DstDigit, 5> kDstXDigits{{{81, 2, 0x04, 0x08},
-                                               {27, 1, 0x04, 0x08},
-                                               {9, 0, 0x04, 0x08},
-                                               {3, 1, 0x01, 0x02},
-                                               {1, 0, 0x01, 0x02}}};
-constexpr std::array<DstDigit, 5> kDstYDigits{{{81, 2, 0x20, 0x10},
-                                               {27, 1, 0x20, 0x10},
-                                               {9, 0, 0x20, 0x10},
-                                               {3, 1, 0x80, 0x40},
-                                               {1, 0, 0x80, 0x40}}};
-
-// Sets the digits of value into the record; returns what one record cannot hold (beyond
-// +-121), which the caller carries into the next stitch.
-int encodeAxis(int value, const std::array<DstDigit, 5>& digits, std::uint8_t* record) {
-    for (const DstDigit& digit : digits) {
-        int threshold = (digit.weight + 1) / 2;
-        if (value >= threshold) {
-            record[digit.byteIndex] |= digit.plusBit;
-            value -= digit.weight;
-        } else if (value <= -threshold) {
-            record[digit.byteIndex] |= digit.minusBit;
-            value += digit.weight;
-        }
-    }
-    return value;
-}
 
 // A number right-aligned in a space-padded field.
 std::string rightAligned(long long value, int width) {
@@ -95,28 +51,29 @@ bool boundsEncloseOrigin(const HMKDesign& design) {
 
 }  // namespace
 
-bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    const long long stitchCount = numberOfStitches();
-    const long long threadCount = static_cast<long long>(numberOfThreads());
+std::optional<HMKEncodedDesign> encodeDstDesign(HMKDesign& design, HMKError* error) {
+    const long long stitchCount = design.numberOfStitches();
+    const long long threadCount = static_cast<long long>(design.numberOfThreads());
     if (stitchCount + threadCount >= kDstMaxStitchesAndThreads) {
-        return fail(error, 133, "Unable to export DST file (too many stitches).");
+        return refuse(error, 133, "Unable to export DST file (too many stitches).");
     }
     if (threadCount - 1 >= kDstMaxColorChanges) {
-        return fail(error, 134, "Unable to export DST file (too many color changes).");
+        return refuse(error, 134, "Unable to export DST file (too many color changes).");
     }
-    if (!boundsEncloseOrigin(*this)) {
-        return fail(error, 130, "Unable to export DST file (invalid bounderies).");
+    if (!boundsEncloseOrigin(design)) {
+        return refuse(error, 130, "Unable to export DST file (invalid bounderies).");
     }
 
-    HMKByteWriter file(kDstHeaderSize + kDstRecordSize * stitches_.size() + 4);
-    appendLine(file, "LA:", padOrCut(toAscii(nameWithoutExtension(designName_)), kDstLabelWidth));
+    HMKByteWriter file(kDstHeaderSize + kDstRecordSize * design.stitches().size() + 4);
+    appendLine(file,
+               "LA:", padOrCut(toAscii(nameWithoutExtension(design.designName())), kDstLabelWidth));
     appendLine(file, "ST:", rightAligned(stitchCount + threadCount + 1, 7));
     appendLine(file, "CO:", rightAligned(threadCount - 1, 3));
     // Truncation toward zero, as the header has always held whole units.
-    appendLine(file, "+X:", rightAligned(static_cast<long long>(xMax_), 5));
-    appendLine(file, "-X:", rightAligned(std::llabs(static_cast<long long>(xMin_)), 5));
-    appendLine(file, "+Y:", rightAligned(static_cast<long long>(yMax_), 5));
-    appendLine(file, "-Y:", rightAligned(std::llabs(static_cast<long long>(yMin_)), 5));
+    appendLine(file, "+X:", rightAligned(static_cast<long long>(design.xMax()), 5));
+    appendLine(file, "-X:", rightAligned(std::llabs(static_cast<long long>(design.xMin())), 5));
+    appendLine(file, "+Y:", rightAligned(static_cast<long long>(design.yMax()), 5));
+    appendLine(file, "-Y:", rightAligned(std::llabs(static_cast<long long>(design.yMin())), 5));
     appendLine(file, "AX:", std::string(kDstSumFieldWidth, ' '));  // filled in after the records
     appendLine(file, "AY:", std::string(kDstSumFieldWidth, ' '));
     appendLine(file, "MX:", "+    0");
@@ -129,16 +86,16 @@ bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError*
     HMKCarriedRounding roundY;
     double sumX = 0;
     double sumY = 0;
-    for (const HMKStitch& stitch : stitches_) {
-        std::uint8_t record[kDstRecordSize] = {0, 0, kDstStitchFlags};
+    for (const HMKStitch& stitch : design.stitches()) {
+        std::array<std::uint8_t, kDstRecordSize> record{0, 0, kDstStitchKind};
         if (stitch.isColorChange) {
-            record[2] = kDstColorChangeFlags;
+            record[2] = kDstColorChangeKind;
         } else if (stitch.isJumpStitch) {
-            record[2] = kDstJumpFlags;
+            record[2] = kDstJumpKind;
         }
         // The writer never splits a move: what a record cannot hold is carried on.
-        roundX.carryOver(encodeAxis(roundX.next(stitch.deltaX), kDstXDigits, record));
-        roundY.carryOver(encodeAxis(roundY.next(stitch.deltaY), kDstYDigits, record));
+        roundX.carryOver(encodeDstAxis(roundX.next(stitch.deltaX), false, record));
+        roundY.carryOver(encodeDstAxis(roundY.next(stitch.deltaY), true, record));
         sumX += stitch.deltaX;
         sumY += stitch.deltaY;
         file.bytes({record[0], record[1], record[2]});
@@ -146,19 +103,11 @@ bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError*
     file.bytes({0x00, 0x00, kDstEndRecord, kDstEndOfText});
 
     if (std::fabs(sumX) > kDstMaxExtent || std::fabs(sumY) > kDstMaxExtent) {
-        return fail(error, 132, "Unable to export DST file (AX/AY values too large).");
+        return refuse(error, 132, "Unable to export DST file (AX/AY values too large).");
     }
     file.patchText(kDstAxFieldOffset, signedField(static_cast<long long>(sumX)));
     file.patchText(kDstAyFieldOffset, signedField(static_cast<long long>(sumY)));
 
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = undefinedPlaceholderThreads(threads_.size());
-    }
-    designType_ = "DST";
-    designVersion_ = kDstVersion;
-    designHoop_.reset();
-    return true;
+    // A DST file holds no colours: the design in memory shows what it does hold.
+    return encodedFile(file, design, replaceByPlaceholders);
 }

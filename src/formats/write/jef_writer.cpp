@@ -4,26 +4,23 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "formats/file_io.h"
+#include "formats/escape_records.h"
+#include "formats/janome_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/hoop_check.h"
 #include "formats/write/writer_support.h"
+#include "formats/write/writers.h"
 #include "model/design.h"
 
 namespace {
 
-constexpr std::size_t kJefHeaderSize = 116;
+// The header ends where the colour table begins.
+constexpr std::size_t kJefHeaderSize = kJefColorTableOffset;
+// Read back as the file's version.
 constexpr std::int32_t kJefHeaderConstant = 10;
-constexpr std::size_t kJefRecordCountOffset = 28;
-constexpr std::size_t kJefReservedIntegers = 16;
-constexpr std::uint8_t kJefEscape = 0x80;
-constexpr std::uint8_t kJefColorChange = 0x01;
-constexpr std::uint8_t kJefJump = 0x02;
-constexpr std::uint8_t kJefEnd = 0x10;
 // The most bytes one stitch can take: colour change, zero move, jump and move.
 constexpr std::size_t kJefMaxBytesPerStitch = 8;
 constexpr std::int32_t kJefUnknownThreadCode = 23;
-constexpr int kJefVersion = 10;
 
 // "yyyyMMddHHmmss" in the user's time zone.
 std::string localDateTimeText() {
@@ -41,10 +38,11 @@ std::int32_t absoluteTruncated(float value) {
 
 }  // namespace
 
-bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    const auto threadCount = static_cast<std::int32_t>(threads_.size());
-    HMKByteWriter file(kJefHeaderSize + 8 * threads_.size() +
-                       kJefMaxBytesPerStitch * stitches_.size() + 2);
+std::optional<HMKEncodedDesign> encodeJefDesign(HMKDesign& design, HMKError* error) {
+    const std::vector<HMKThread>& threads = design.threads();
+    const auto threadCount = static_cast<std::int32_t>(threads.size());
+    HMKByteWriter file(kJefHeaderSize + 8 * threads.size() +
+                       kJefMaxBytesPerStitch * design.stitches().size() + 2);
     file.le32(static_cast<std::int32_t>(kJefHeaderSize) + 8 * threadCount);
     file.le32(kJefHeaderConstant);
     file.text(localDateTimeText());
@@ -53,34 +51,34 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
     file.le32(0);  // record count, filled in after the stitches
 
     std::optional<HMKHoop> hoop = checkHoopForWriting(
-        *this, kJanomeVendor,
+        design, kJanomeVendor,
         {"Design exceeds the current hoop size.", "Unable to export JEF file (unsupported hoop)."},
         error);
     if (!hoop) {
-        return false;
+        return std::nullopt;
     }
     file.le32(hoop->code());
-    file.le32(absoluteTruncated(xMin_));
-    file.le32(absoluteTruncated(yMin_));
-    file.le32(absoluteTruncated(xMax_));
-    file.le32(absoluteTruncated(yMax_));
+    file.le32(absoluteTruncated(design.xMin()));
+    file.le32(absoluteTruncated(design.yMin()));
+    file.le32(absoluteTruncated(design.xMax()));
+    file.le32(absoluteTruncated(design.yMax()));
     file.repeat(0x00, 4 * kJefReservedIntegers);
 
-    HMKVendorThreads janome = convertThreadsToVendor(threads_, std::string(kJanomeVendor),
-                                                     janomeColorCodes(), kJefUnknownThreadCode);
+    HMKVendorThreads janome = convertThreadsToVendor(
+        threads, std::string(kJanomeVendor), HMKDesign::janomeColorCodes(), kJefUnknownThreadCode);
     for (std::int32_t code : janome.codes) {
         file.le32(code);
     }
-    for (const HMKThread& thread : threads_) {
+    for (const HMKThread& thread : threads) {
         file.le32(thread.tension);
     }
 
     std::int32_t records = 0;
     HMKCarriedRounding roundX;
     HMKCarriedRounding roundY;
-    for (const HMKStitch& stitch : stitches_) {
+    for (const HMKStitch& stitch : design.stitches()) {
         if (stitch.isColorChange) {
-            file.bytes({kJefEscape, kJefColorChange});
+            file.bytes({kEscapeByte, kJanomeColorChange});
             ++records;
             if (stitch.isJumpStitch) {
                 file.bytes({0x00, 0x00});  // the colour change with a zero move; the jump follows
@@ -88,7 +86,7 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
             }
         }
         if (stitch.isJumpStitch) {
-            file.bytes({kJefEscape, kJefJump});
+            file.bytes({kEscapeByte, kJanomeJump});
             ++records;
         }
         // Moves are kept within a signed byte by optimizeJumpsFor("JEF"); larger ones are
@@ -97,16 +95,9 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
                     static_cast<std::uint8_t>(roundY.next(stitch.deltaY))});
         ++records;
     }
-    file.bytes({kJefEscape, kJefEnd});
+    file.bytes({kEscapeByte, kJanomeEnd});
     file.patchLe32(kJefRecordCountOffset, records + 1);
 
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = std::move(janome.converted);
-    }
-    designType_ = "JEF";
-    designVersion_ = kJefVersion;
-    return true;
+    // The design shows the colours the file carries.
+    return encodedFile(file, design, replacedBy(std::move(janome.converted)));
 }

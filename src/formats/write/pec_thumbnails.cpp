@@ -23,15 +23,6 @@ constexpr int kPictureFirstColumn = 3;
 constexpr int kPictureLastColumn = 44;
 // Blank design units drawn around the design before it is scaled down.
 constexpr int kThumbnailMarginUnits = 10;
-#ifndef HMK_ROUNDING
-#define HMK_ROUNDING 0.0f
-#endif
-constexpr float kRounding = HMK_ROUNDING;
-#ifndef HMK_SCALE
-#define HMK_SCALE 255.0f
-#endif
-constexpr float kScale = HMK_SCALE;
-constexpr double kStitchWidthUnits = 3.5;
 // Pixels at most this bright in every channel count as ink.
 constexpr std::uint8_t kThumbnailDarkLimit = 179;
 // Rows 0 to 2; rows 35 to 37 are the same in reverse order. With the frame pixels of rows
@@ -161,13 +152,13 @@ void setPixel(std::uint8_t* row, int column) {
 
 HMKPecThumbnailLayout pecThumbnailLayout(const HMKDesign& design) {
     HMKPecThumbnailLayout layout;
-    layout.fullWidth = design.designWidth() + 2 * kThumbnailMarginUnits;
-    layout.fullHeight = design.designHeight() + 2 * kThumbnailMarginUnits;
+    layout.fullWidth = design.designWidth() + 2.0 * kThumbnailMarginUnits;
+    layout.fullHeight = design.designHeight() + 2.0 * kThumbnailMarginUnits;
     layout.left = design.xMin() - kThumbnailMarginUnits;
     layout.bottom = design.yMin() - kThumbnailMarginUnits;
     // 42 pixels wide, or 32 high if that would be taller.
     double width = kPictureWidth;
-    double height = layout.fullHeight * static_cast<double>(kPictureWidth) / layout.fullWidth;
+    double height = layout.fullHeight * kPictureWidth / layout.fullWidth;
     if (height > kPictureHeight) {
         width = width * kPictureHeight / height;
         height = kPictureHeight;

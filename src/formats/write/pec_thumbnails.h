@@ -27,8 +27,9 @@ std::vector<std::uint8_t> pecThumbnails(const HMKDesign& design, bool withThread
 // pixel per design unit (fullWidth x fullHeight pixels, (left, bottom) at its bottom left
 // corner) and scaled to pictureWidth x pictureHeight, placed at (pictureLeft, pictureTop).
 struct HMKPecThumbnailLayout {
-    int fullWidth = 0;
-    int fullHeight = 0;
+    // Doubles: files can hold designs far wider than any hoop.
+    double fullWidth = 0;
+    double fullHeight = 0;
     double left = 0;
     double bottom = 0;
     int pictureWidth = 0;

@@ -6,10 +6,11 @@
 #include <cmath>
 #include <utility>
 
-#include "formats/file_io.h"
+#include "formats/pec_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/pec_thumbnails.h"
 #include "formats/write/writer_support.h"
+#include "formats/write/writers.h"
 #include "model/design.h"
 #include "model/stitch_walk.h"
 
@@ -39,36 +40,19 @@ constexpr std::int32_t kPesMaxStitches = 30000;
 
 // --- PEC ---------------------------------------------------------------------------------
 constexpr std::string_view kPecMagic = "#PEC0001";
-constexpr std::size_t kPecLabelNameWidth = 16;
-constexpr std::size_t kPecHeaderSize = 512;
 constexpr std::array<std::uint8_t, 4> kPecLabelMarker{0xFF, 0x00, 0x06, 0x26};
 constexpr std::array<std::uint8_t, 3> kPecGraphicsMarker{0x31, 0xFF, 0xF0};
 constexpr std::array<std::uint8_t, 4> kPecGraphicsSize{0xE0, 0x01, 0xB0, 0x01};
-constexpr std::size_t kPecFirstColorCode = 49;
-constexpr std::uint8_t kPecLongForm = 0x90;
-constexpr std::uint8_t kPecColorChangeFirst = 0xFE;
-constexpr std::uint8_t kPecColorChangeSecond = 0xB0;
-constexpr std::uint8_t kPecEnd = 0xFF;
 constexpr std::int32_t kPecUnknownThreadCode = 16;
-constexpr int kBrotherVersion = 10;
 const std::string kBrotherPalette = "Brother";
 
 std::int32_t roundedHalfAwayFromZero(double value) {
     return static_cast<std::int32_t>(std::round(value));
 }
 
-// The long form: 0x90 with the top four bits of the 12-bit two's complement, then its low
-// eight bits.
 void appendPecLong(HMKByteWriter& out, std::int32_t value) {
-    auto twelveBits = static_cast<std::uint32_t>(value) & 0x0FFF;
-    out.bytes({static_cast<std::uint8_t>(kPecLongForm | (twelveBits >> 8)),
-               static_cast<std::uint8_t>(twelveBits & 0xFF)});
-}
-
-// The short form: seven-bit two's complement. No range check; optimizeJumpsFor("PES")
-// keeps stitches within -64 to 63.
-std::uint8_t pecShort(std::int32_t value) {
-    return static_cast<std::uint8_t>(value < 0 ? value + 128 : value);
+    const auto bytes = encodePecLong(value);
+    out.bytes({bytes[0], bytes[1]});
 }
 
 void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitches) {
@@ -78,7 +62,7 @@ void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitche
     for (const HMKStitch& stitch : stitches) {
         if (stitch.isColorChange) {
             // The third byte alternates 2, 1, 2, ...; the colour change's own move is not written.
-            out.bytes({kPecColorChangeFirst, kPecColorChangeSecond,
+            out.bytes({kPecCommand, kPecColorChange,
                        static_cast<std::uint8_t>(colorChanges % 2 == 1 ? 2 : 1)});
             ++colorChanges;
             continue;
@@ -89,16 +73,17 @@ void appendPecStitches(HMKByteWriter& out, const std::vector<HMKStitch>& stitche
             appendPecLong(out, x);
             appendPecLong(out, y);
         } else {
-            out.bytes({pecShort(x), pecShort(y)});
+            // Stitches are kept within -64 to 63 by optimizeJumpsFor("PES"); not range-checked.
+            out.bytes({encodePecShort(x), encodePecShort(y)});
         }
     }
-    out.byte(kPecEnd);
+    out.byte(kPecEndOfStitches);
 }
 
 void appendPecSection(HMKByteWriter& out, const HMKDesign& design,
                       const std::vector<std::int32_t>& codes) {
     const std::size_t start = out.size();
-    out.text("LA:");
+    out.text(kPecSectionTag);
     out.text(padOrCut(toLatin1(nameWithoutExtension(design.designName())), kPecLabelNameWidth));
     out.byte(0x0D);
     out.repeat(' ', 12);
@@ -106,7 +91,7 @@ void appendPecSection(HMKByteWriter& out, const HMKDesign& design,
     out.repeat(' ', 12);
     out.byte(static_cast<std::uint8_t>(codes.size() - 1));
     // The colour list must end before the graphics header; PES allows at most 64 threads.
-    std::size_t listed = std::min(codes.size(), kPecHeaderSize - kPecFirstColorCode);
+    std::size_t listed = std::min(codes.size(), kPecHeaderSize - kPecColorListOffset);
     for (std::size_t i = 0; i < listed; ++i) {
         out.byte(static_cast<std::uint8_t>(codes[i]));
     }
@@ -238,8 +223,11 @@ HMKVendorThreads brotherThreads(const std::vector<HMKThread>& threads) {
                                   kPecUnknownThreadCode);
 }
 
-void appendBytes(HMKByteWriter& out, const std::vector<std::uint8_t>& bytes) {
-    for (std::uint8_t byte : bytes) {
+// The thumbnails in the colours the design will hold after the write.
+void appendThumbnails(HMKByteWriter& out, HMKDesign& design, std::vector<HMKThread>& converted,
+                      bool withThreadThumbnails) {
+    ThreadsSwap shown(design.threads(), converted, !design.useThreadFile());
+    for (std::uint8_t byte : pecThumbnails(design, withThreadThumbnails)) {
         out.byte(byte);
     }
 }
@@ -256,70 +244,45 @@ std::vector<std::uint8_t> HMKDesign::exportPecSegmentToData() {
     return out.take();
 }
 
-bool HMKDesign::exportPecDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    HMKVendorThreads brother = brotherThreads(threads_);
-    HMKByteWriter file(kPecMagic.size() + kPecHeaderSize + 32 + 4 * stitches_.size() +
+std::optional<HMKEncodedDesign> encodePecDesign(HMKDesign& design, HMKError*) {
+    HMKVendorThreads brother = brotherThreads(design.threads());
+    HMKByteWriter file(kPecMagic.size() + kPecHeaderSize + 32 + 4 * design.stitches().size() +
                        kPecThumbnailBytes);
     file.text(kPecMagic);
-    appendPecSection(file, *this, brother.codes);
-    {
-        // The thumbnail shows the colours the design will hold after the write.
-        ThreadsSwap shown(threads_, brother.converted, !useThreadFile_);
-        appendBytes(file, pecThumbnails(*this, false));
-    }
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = std::move(brother.converted);
-    }
-    designType_ = "PEC";
-    designVersion_ = kBrotherVersion;
-    designHoop_.reset();
-    return true;
+    appendPecSection(file, design, brother.codes);
+    appendThumbnails(file, design, brother.converted, false);
+    return encodedFile(file, design, replacedBy(std::move(brother.converted)));
 }
 
-bool HMKDesign::exportPesDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    if (designHeight() > kPesMaxHeight || designWidth() > kPesMaxWidth) {
-        return fail(error, 200, "The design is larger than supported by PES v1.0.");
+std::optional<HMKEncodedDesign> encodePesDesign(HMKDesign& design, HMKError* error) {
+    if (design.designHeight() > kPesMaxHeight || design.designWidth() > kPesMaxWidth) {
+        return refuse(error, 200, "The design is larger than supported by PES v1.0.");
     }
-    if (xMin_ < -kPesHalfFieldWidth || xMax_ > kPesHalfFieldWidth || yMin_ < -kPesHalfFieldHeight ||
-        yMax_ > kPesHalfFieldHeight) {
-        return fail(error, 201, "The design needs to be centered.");
+    if (design.xMin() < -kPesHalfFieldWidth || design.xMax() > kPesHalfFieldWidth ||
+        design.yMin() < -kPesHalfFieldHeight || design.yMax() > kPesHalfFieldHeight) {
+        return refuse(error, 201, "The design needs to be centered.");
     }
-    if (threads_.size() > kPesMaxThreads) {
-        return fail(error, 202, "Too many colors");
+    if (design.threads().size() > kPesMaxThreads) {
+        return refuse(error, 202, "Too many colors");
     }
-    if (numberOfStitches() > kPesMaxStitches) {
-        return fail(error, 203, "Too many stitches");
+    if (design.numberOfStitches() > kPesMaxStitches) {
+        return refuse(error, 203, "Too many stitches");
     }
 
-    HMKVendorThreads brother = brotherThreads(threads_);
-    HMKByteWriter file(256 + 10 * stitches_.size() + kPecHeaderSize +
-                       kPecThumbnailBytes * (threads_.size() + 1));
+    HMKVendorThreads brother = brotherThreads(design.threads());
+    HMKByteWriter file(256 + 10 * design.stitches().size() + kPecHeaderSize +
+                       kPecThumbnailBytes * (design.threads().size() + 1));
     file.text(kPesMagic);
     file.le24(0);  // the PEC offset, filled in once the PES part is complete
     for (std::uint8_t byte : kPesHeaderTail) {
         file.byte(byte);
     }
-    appendPesDesignBlock(file, *this);
+    appendPesDesignBlock(file, design);
     file.text(kPesSegmentBlock);
-    appendPesStitchBlocks(file, stitches_, brother.codes);
+    appendPesStitchBlocks(file, design.stitches(), brother.codes);
     appendPesColorTable(file, brother.codes);
     file.patchLe24(kPesPecOffsetField, static_cast<std::uint32_t>(file.size()));
-    appendPecSection(file, *this, brother.codes);
-    {
-        ThreadsSwap shown(threads_, brother.converted, !useThreadFile_);
-        appendBytes(file, pecThumbnails(*this, true));
-    }
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = std::move(brother.converted);
-    }
-    designType_ = "PES";
-    designVersion_ = kBrotherVersion;
-    designHoop_.reset();
-    return true;
+    appendPecSection(file, design, brother.codes);
+    appendThumbnails(file, design, brother.converted, true);
+    return encodedFile(file, design, replacedBy(std::move(brother.converted)));
 }
