@@ -1,6 +1,7 @@
 // Writing dense designs where the PES and PEC thumbnails used to dominate: the thumbnails on
-// their own, a full PES of 30,000 stitches in 10 threads, and PEC against DST for the same
-// 1,000,000 stitches (both through exportDesignToURL, to a file).
+// their own, a full PES of 30,000 stitches in 10 threads, PEC against DST for the same
+// 1,000,000 stitches (both through exportDesignToURL, to a file), and a batch of 100 daisies
+// read from JEF and written as PES one after the other.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
@@ -93,5 +94,22 @@ BENCHMARK_CAPTURE(BM_DenseExportMillion, dst, std::string("dst"))
     ->ArgName("piled")
     ->DenseRange(0, 1)
     ->Unit(benchmark::kMillisecond);
+
+// What `hemlark convert --to pes --jobs 1` does for 100 JEF daisies: read, write, next.
+void BM_HundredDaisiesJefToPes(benchmark::State& state) {
+    ScratchFile file("daisy.pes");
+    for (auto _ : state) {
+        for (int i = 0; i < 100; ++i) {
+            HMKDesign design;
+            HMKError error;
+            if (!design.importDesignFromURL(HEMLARK_SAMPLES_DIR "/flower.jef", &error) ||
+                !design.exportDesignToURL(file.path(), &error)) {
+                state.SkipWithError(error.message().c_str());
+                return;
+            }
+        }
+    }
+}
+BENCHMARK(BM_HundredDaisiesJefToPes)->Unit(benchmark::kMillisecond);
 
 }  // namespace
