@@ -30,11 +30,12 @@ TEST_F(RenderSize, VectorPicturesAreRealSizeTimesTheScale) {
         {"half.pdf", {"--scale", "0.5"}, "/MediaBox [0 0 ", 101},
     };
     for (const auto& c : cases) {
-        std::vector<std::string> arguments{"render", input.string(), (folder_ / c.file).string()};
+        std::vector<std::string> arguments{"render", input.string(), path(c.file)};
         arguments.insert(arguments.end(), c.options.begin(), c.options.end());
         ToolRun run = runTool(arguments);
         ASSERT_EQ(run.exitCode, 0) << c.file << ": " << run.err;
-        EXPECT_NEAR(numberAfter(readText(folder_ / c.file), c.prefix), c.expected, 0.6) << c.file;
+        EXPECT_NEAR(numberAfter(readText(folder.file(c.file)), c.prefix), c.expected, 0.6)
+            << c.file;
     }
 }
 
@@ -47,11 +48,10 @@ TEST_F(RenderSize, SizeIsForPngAndScaleForVectors) {
     } cases[] = {
         {"star.svg", "--size", "500"}, {"star.pdf", "--size", "500"}, {"star.png", "--scale", "2"}};
     for (const auto& c : cases) {
-        ToolRun run =
-            runTool({"render", input.string(), (folder_ / c.file).string(), c.option, c.value});
+        ToolRun run = runTool({"render", input.string(), path(c.file), c.option, c.value});
         EXPECT_EQ(run.exitCode, 2) << c.file;
         EXPECT_NE(run.err.find(c.option), std::string::npos) << run.err;
-        EXPECT_FALSE(std::filesystem::exists(folder_ / c.file)) << c.file;
+        EXPECT_FALSE(std::filesystem::exists(folder.file(c.file))) << c.file;
     }
 }
 

@@ -4,7 +4,7 @@
 
 #include "formats/write/pec_thumbnails.h"
 #include "render/random_designs.h"
-#include "write_test_support.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -31,11 +31,11 @@ TEST(PecThumbnail, DesignIsFittedToFortyTwoByThirtyTwoAndCentred) {
     } cases[] = {
         // 20 x 0 units and 10 more on every side.
         {"wide",
-         makeDesign({plain(3, -4), plain(20, 0)}, {makeThread("1", "Brother")}),
+         makeDesign({stitch(3, -4), stitch(20, 0)}, {makeThread("1", "Brother")}),
          {40, 20, -7, -14, 42, 21, 3, 8}},
         // 120 x 620: 32 rows high, 120 * 32 / 620 = 6.19 columns wide.
         {"tall",
-         makeDesign({plain(0, 300), plain(100, -600)}, {makeThread("1", "Brother")}),
+         makeDesign({stitch(0, 300), stitch(100, -600)}, {makeThread("1", "Brother")}),
          {120, 620, -10, -310, 6, 32, 21, 3}},
     };
     for (const auto& c : cases) {
@@ -69,7 +69,7 @@ TEST(PecThumbnail, InkIsTheOutlineOfThePictureAndWhatIsNoBrighterThan179) {
         EXPECT_FALSE(inked(bits, 9, 15)) << level;
         EXPECT_EQ(inkInPicture(bits), level == 179 ? 100 : 36) << level;
         // The frame: rows 0 to 2 fixed, the rounded sides at columns 1 and 46.
-        EXPECT_EQ(slice(bits, 6, 6), bytesOf({0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F}));
+        EXPECT_EQ(slice(bits, 6, 6), (Bytes{0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F}));
         EXPECT_TRUE(inked(bits, 1, 10) && inked(bits, 46, 10) && inked(bits, 2, 3));
     }
 }
@@ -77,10 +77,10 @@ TEST(PecThumbnail, InkIsTheOutlineOfThePictureAndWhatIsNoBrighterThan179) {
 TEST(PecThumbnail, StitchesAreDrawnWithYUpAndEachThreadOnItsOwn) {
     // A dark thread along the top, a light one along the bottom (the first stitch after the
     // start or a colour change only brings the needle there).
-    HMKDesign design = makeDesign(
-        {plain(0, 200), plain(200, 0), jump(-200, -200), change(0, 0), plain(1, 0), plain(199, 0)},
-        {makeThread("1", "Brother", HMKColor(0.1, 0.1, 0.1)),
-         makeThread("2", "Brother", HMKColor(1, 1, 1))});
+    HMKDesign design = makeDesign({stitch(0, 200), stitch(200, 0), jump(-200, -200), change(0, 0),
+                                   stitch(1, 0), stitch(199, 0)},
+                                  {makeThread("1", "Brother", HMKColor(0.1, 0.1, 0.1)),
+                                   makeThread("2", "Brother", HMKColor(1, 1, 1))});
     design.setDisplayRange({0, design.stitches().size()});
     const Bytes thumbnails = pecThumbnails(design, true);
     ASSERT_EQ(thumbnails.size(), 3 * kPecThumbnailBytes);
