@@ -45,17 +45,6 @@ double outwardFactor(double step) {
     return 2 / (1 + std::cos(step / 2));
 }
 
-// The sweep of an arc from start to end in the given direction, within one full turn.
-double arcSweep(double startAngle, double endAngle, bool clockwise) {
-    constexpr double kFullTurn = 2 * std::numbers::pi;
-    double sweep = clockwise ? startAngle - endAngle : endAngle - startAngle;
-    if (sweep < 0) {
-        sweep = std::fmod(sweep, kFullTurn) + kFullTurn;
-    }
-    sweep = std::min(sweep, kFullTurn);
-    return clockwise ? -sweep : sweep;
-}
-
 }  // namespace
 
 HMKRaster::HMKRaster(int width, int height)
@@ -688,14 +677,49 @@ void HMKRasterContext::applyPendingClip() {
 
 // --- Painting ----------------------------------------------------------------------------
 
-void HMKRasterContext::paintShape(std::uint32_t color, float coverageScale) {
+namespace {
+
+// A weight cut down by the clip mask's coverage of the pixel (clip), if there is a mask.
+std::uint32_t clipped(std::uint32_t weight, const std::uint8_t* clip) {
+    return clip ? (weight * *clip + 127) / 255 : weight;
+}
+
+}  // namespace
+
+template <typename Paint>
+void HMKRasterContext::sweepWithinClip(Paint&& paint) {
     const ClipMask* mask = state_.mask.get();
     if (mask) {
         rasterizer_.setClip(mask->left, mask->top, mask->left + mask->width,
                             mask->top + mask->height);
     }
     const int right = mask ? mask->left + mask->width : target_.width;
-    if (!mask && coverageScale == 1) {
+    rasterizer_.sweep([&](const HMKCoverageSpan& span) {
+        std::uint32_t* row = target_.pixels + static_cast<std::size_t>(span.y) * target_.stride;
+        const std::uint8_t* maskRow =
+            mask
+                ? mask->coverage.data() + static_cast<std::size_t>(span.y - mask->top) * mask->width
+                : nullptr;
+        auto at = [&](int x, float coverage, float inner) {
+            paint(row[x], x, span.y, coverage, inner,
+                  maskRow ? maskRow + (x - mask->left) : nullptr);
+        };
+        for (int i = 0; i < span.length; ++i) {
+            at(span.x + i, span.coverage[i], span.inner ? span.inner[i] : 0.0f);
+        }
+        if (span.rest > 0 || span.innerRest > 0) {
+            for (int x = span.x + span.length; x < right; ++x) {
+                at(x, span.rest, span.innerRest);
+            }
+        }
+    });
+    if (mask) {
+        rasterizer_.setClip(0, 0, target_.width, target_.height);
+    }
+}
+
+void HMKRasterContext::paintShape(std::uint32_t color, float coverageScale) {
+    if (!state_.mask && coverageScale == 1) {
         // The common case, kept free of per-pixel tests it does not need.
         rasterizer_.sweep([&](const HMKCoverageSpan& span) {
             std::uint32_t* row =
@@ -708,80 +732,33 @@ void HMKRasterContext::paintShape(std::uint32_t color, float coverageScale) {
             }
             if (span.rest > 0) {
                 const std::uint32_t weight = coverageWeight(span.rest);
-                for (int x = span.x + span.length; x < right && weight != 0; ++x) {
+                for (int x = span.x + span.length; x < target_.width && weight != 0; ++x) {
                     row[x - span.x] = blendPixelOver(row[x - span.x], color, weight);
                 }
             }
         });
         return;
     }
-    rasterizer_.sweep([&](const HMKCoverageSpan& span) {
-        std::uint32_t* row = target_.pixels + static_cast<std::size_t>(span.y) * target_.stride;
-        const std::uint8_t* maskRow =
-            mask ? mask->coverage.data() +
-                       static_cast<std::size_t>(span.y - mask->top) * mask->width - mask->left
-                 : nullptr;
-        auto paint = [&](int x, float coverage) {
-            std::uint32_t weight = coverageWeight(coverage * coverageScale);
-            if (maskRow) {
-                weight = (weight * maskRow[x] + 127) / 255;
-            }
+    sweepWithinClip(
+        [&](std::uint32_t& pixel, int, int, float coverage, float, const std::uint8_t* clip) {
+            const std::uint32_t weight = clipped(coverageWeight(coverage * coverageScale), clip);
             if (weight != 0) {
-                row[x] = blendPixelOver(row[x], color, weight);
+                pixel = blendPixelOver(pixel, color, weight);
             }
-        };
-        for (int i = 0; i < span.length; ++i) {
-            paint(span.x + i, span.coverage[i]);
-        }
-        if (span.rest > 0) {
-            for (int x = span.x + span.length; x < right; ++x) {
-                paint(x, span.rest);
-            }
-        }
-    });
-    if (mask) {
-        rasterizer_.setClip(0, 0, target_.width, target_.height);
-    }
+        });
 }
 
 // The outline and the core of a stitch in one pass, the core drawn over the outline as two
 // strokes would be.
 void HMKRasterContext::paintTwoLayers(std::uint32_t outer, std::uint32_t inner) {
-    const ClipMask* mask = state_.mask.get();
-    if (mask) {
-        rasterizer_.setClip(mask->left, mask->top, mask->left + mask->width,
-                            mask->top + mask->height);
-    }
-    const int right = mask ? mask->left + mask->width : target_.width;
-    rasterizer_.sweep([&](const HMKCoverageSpan& span) {
-        std::uint32_t* row = target_.pixels + static_cast<std::size_t>(span.y) * target_.stride;
-        auto paint = [&](int x, float outerCoverage, float innerCoverage) {
-            std::uint32_t outerWeight = coverageWeight(outerCoverage);
-            std::uint32_t innerWeight = coverageWeight(innerCoverage);
-            if (mask) {
-                const std::uint32_t clip =
-                    mask->coverage[static_cast<std::size_t>(span.y - mask->top) * mask->width +
-                                   (x - mask->left)];
-                outerWeight = (outerWeight * clip + 127) / 255;
-                innerWeight = (innerWeight * clip + 127) / 255;
-            }
-            if (outerWeight == 0 && innerWeight == 0) {
-                return;
-            }
-            row[x] = blendPixelOver(blendPixelOver(row[x], outer, outerWeight), inner, innerWeight);
-        };
-        for (int i = 0; i < span.length; ++i) {
-            paint(span.x + i, span.coverage[i], span.inner[i]);
-        }
-        if (span.rest > 0 || span.innerRest > 0) {
-            for (int x = span.x + span.length; x < right; ++x) {
-                paint(x, span.rest, span.innerRest);
-            }
+    sweepWithinClip([&](std::uint32_t& pixel, int, int, float outerCoverage, float innerCoverage,
+                        const std::uint8_t* clip) {
+        const std::uint32_t outerWeight = clipped(coverageWeight(outerCoverage), clip);
+        const std::uint32_t innerWeight = clipped(coverageWeight(innerCoverage), clip);
+        if (outerWeight != 0 || innerWeight != 0) {
+            pixel = blendPixelOver(blendPixelOver(pixel, outer, outerWeight), inner, innerWeight);
         }
     });
-    if (mask) {
-        rasterizer_.setClip(0, 0, target_.width, target_.height);
-    }
 }
 
 void HMKRasterContext::drawLinearGradient(const HMKGradient& gradient, double startX, double startY,
@@ -890,37 +867,11 @@ void HMKRasterContext::paintGradientShape(const HMKGradient& gradient, Point sta
         }
         return;
     }
-    if (mask) {
-        rasterizer_.setClip(mask->left, mask->top, mask->left + mask->width,
-                            mask->top + mask->height);
-    }
-    const int right = mask ? mask->left + mask->width : target_.width;
-    rasterizer_.sweep([&](const HMKCoverageSpan& span) {
-        std::uint32_t* row = target_.pixels + static_cast<std::size_t>(span.y) * target_.stride;
-        auto paint = [&](int x, float coverage) {
-            std::uint32_t weight = coverageWeight(coverage);
-            if (mask) {
-                weight =
-                    (weight *
-                         mask->coverage[static_cast<std::size_t>(span.y - mask->top) * mask->width +
-                                        (x - mask->left)] +
-                     127) /
-                    255;
-            }
+    sweepWithinClip(
+        [&](std::uint32_t& pixel, int x, int y, float coverage, float, const std::uint8_t* clip) {
+            const std::uint32_t weight = clipped(coverageWeight(coverage), clip);
             if (weight != 0) {
-                row[x] = blendPixelOver(row[x], colorAt(x, span.y), weight);
+                pixel = blendPixelOver(pixel, colorAt(x, y), weight);
             }
-        };
-        for (int i = 0; i < span.length; ++i) {
-            paint(span.x + i, span.coverage[i]);
-        }
-        if (span.rest > 0) {
-            for (int x = span.x + span.length; x < right; ++x) {
-                paint(x, span.rest);
-            }
-        }
-    });
-    if (mask) {
-        rasterizer_.setClip(0, 0, target_.width, target_.height);
-    }
+        });
 }

@@ -143,6 +143,11 @@ private:
     void strokeSegmentDashed(Point from, Point to, double& dashPhase);
     void drawThinLine(Point from, Point to, float opacity, double& dashPhase);
     void applyPendingClip();
+    // Sweeps the shape built in the rasterizer within the clip, calling paint(pixel, x, y,
+    // coverage, innerCoverage, clip) for every pixel it touches; clip points to the clip
+    // mask's coverage of the pixel, or is null without a mask.
+    template <typename Paint>
+    void sweepWithinClip(Paint&& paint);
     void paintShape(std::uint32_t color, float coverageScale);
     void paintGradientShape(const HMKGradient& gradient, Point start, Point end, bool wholeClip);
 
