@@ -15,6 +15,8 @@ struct InfoOptions {
     std::vector<std::string> files;
     bool json = false;
     std::string unit;
+    // Machine speed for the sewing-time estimate.
+    double stitchesPerMinute = HMKSewingTimeSettings().stitchesPerMinute;
 };
 
 const std::map<std::string, HMKMeasurementUnit> kUnits = {
@@ -39,10 +41,12 @@ int runInfo(const InfoOptions& options) {
         if (!imported) {
             exitCode = kExitFailure;
         }
+        HMKSewingTimeSettings timing;
+        timing.stitchesPerMinute = options.stitchesPerMinute;
         if (options.json) {
-            results.push_back(imported ? designJson(design, false) : errorJson(error));
+            results.push_back(imported ? designJson(design, false, timing) : errorJson(error));
         } else if (imported) {
-            std::cout << (i > 0 ? "\n" : "") << design.description() << '\n';
+            std::cout << (i > 0 ? "\n" : "") << designInfoText(design, timing) << '\n';
         } else {
             printError(error, several ? std::string_view(file) : std::string_view());
         }
@@ -64,6 +68,11 @@ HMKCommandRunner addInfoCommand(CLI::App& app) {
                       "Print JSON (an array for several files) instead of text");
     command->add_option("--unit", options->unit, "Unit of the sizes: mm, in or frac")
         ->check(CLI::IsMember({"mm", "in", "frac"}));
+    command
+        ->add_option("--speed", options->stitchesPerMinute,
+                     "Machine speed for the sewing time, in stitches per minute (default 700)")
+        ->type_name("SPM")
+        ->check(CLI::Range(1.0, 10000.0));
     command->footer(
         "Examples:\n"
         "  hemlark info samples/flower.pcs\n"
