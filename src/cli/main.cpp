@@ -9,7 +9,6 @@
 #include "cli/commands.h"
 #include "cli/diagnostics.h"
 #include "cli/outcome.h"
-#include "platform/qt_raster_provider.h"
 
 namespace {
 
@@ -51,8 +50,6 @@ int runTool(int argc, char** argv) {
         printError(makePosixError(errno, logFile));
         return kExitFailure;
     }
-    // The PES and PEC writers draw their thumbnails through the raster provider.
-    installQtRasterProvider();
     for (auto& [command, run] : commands) {
         if (command->parsed()) {
             return run();
