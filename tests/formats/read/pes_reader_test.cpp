@@ -67,9 +67,9 @@ ReadOutcome readSegment(const Bytes& segment) {
 
 TEST(PesReader, AcceptsEveryListedVersionAndRejectsTheRest) {
     const std::pair<std::string_view, std::int32_t> versions[] = {
-        {"0001", 10}, {"0020", 20}, {"0025", 25}, {"0030", 30}, {"0040", 40},
-        {"0050", 50}, {"0055", 55}, {"0056", 56}, {"0060", 60}, {"0070", 70},
-        {"0071", 71}, {"0080", 80}, {"0090", 90}, {"0100", 0},  {"0002", 0},
+        {"0001", 10}, {"0020", 20}, {"0025", 25}, {"0030", 30},  {"0040", 40},
+        {"0050", 50}, {"0055", 55}, {"0056", 56}, {"0060", 60},  {"0070", 70},
+        {"0071", 71}, {"0080", 80}, {"0090", 90}, {"0100", 100}, {"0002", 0},
         {"0010", 0},  {"0000", 0},  {"abcd", 0},  {"0061", 0},
     };
     for (const auto& [digits, designVersion] : versions) {
@@ -177,11 +177,11 @@ TEST(PecSegment, DecodesShortAndLongCoordinates) {
 TEST(PecSegment, FirstStitchJumpsFromTheCentreToTheStart) {
     const auto read = readSegment(pecSegment({.width = 101,  // halved with truncation: 50
                                               .height = 50,
-                                              .start = {0x90, 0x0A, 0x9F, 0xF6},  // (10, -10)
+                                              .start = {0x90, 0x3C, 0x90, 0x14},  // (60, 20)
                                               .stitches = {0x02, 0x00, 0xFF}}));
     ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.stitches(), (Stitches{jump(-40, 35), plain(2, 0)}));
-    EXPECT_EQ(boundsOf(read.design), (Bounds{-40, 35, -38, 35}));
+    EXPECT_EQ(read.design.stitches(), (Stitches{jump(10, 5), plain(2, 0)}));
+    EXPECT_EQ(boundsOf(read.design), (Bounds{10, 5, 12, 5}));
 }
 
 TEST(PecSegment, ColourChangesAddThreadsThroughTheBrotherReadTable) {
