@@ -170,7 +170,7 @@ TEST(Vp3Reader, SectionEndsImplyColourChangesExceptTheLast) {
                                        {.records = {0xE2, 0xFB, 0x00, 0x00}},
                                        {.records = {0x05, 0x0A, 0x01, 0x00}}}));
     ASSERT_TRUE(read.ok);
-    EXPECT_EQ(kindsOf(read.design.stitches()), "SCSCSS");
-    // The running position goes on across sections: (20, 0), (-10, 5), (-5, -5), (-4, -5).
-    EXPECT_EQ(boundsOf(read.design), (Bounds{-10, -5, 20, 5}));
+    // Every section starts where it says, here at the centre.
+    EXPECT_EQ(kindsOf(read.design.stitches()), "SSCJSSCJSS");
+    EXPECT_EQ(boundsOf(read.design), (Bounds{-30, -10, 20, 5}));
 }
