@@ -39,10 +39,20 @@ int runInfo(const InfoOptions& options) {
         if (!imported) {
             exitCode = kExitFailure;
         }
+        // A file read by its content because its extension names another format says so.
+        const bool mismatch = imported && design.extensionMismatch();
         if (options.json) {
-            results.push_back(imported ? designJson(design, false) : errorJson(error));
+            HMKJson json = imported ? designJson(design, false) : errorJson(error);
+            if (mismatch) {
+                json["extensionMismatch"] = true;
+            }
+            results.push_back(json);
         } else if (imported) {
             std::cout << (i > 0 ? "\n" : "") << design.description() << '\n';
+            if (mismatch) {
+                std::cout << "The file holds a " << design.designType()
+                          << " design; its extension names another format.\n";
+            }
         } else {
             printError(error, several ? std::string_view(file) : std::string_view());
         }
