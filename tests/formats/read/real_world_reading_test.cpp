@@ -1,0 +1,195 @@
+// Files shaped like those real machines and digitizing programs write, where an older reading
+// lost or misplaced stitches or refused the file: each built byte by byte with the same
+// structure, and read the way its maker meant it.
+#include <gtest/gtest.h>
+
+#include "formats/read/read_test_files.h"
+#include "formats/read/readers.h"
+
+namespace {
+
+// A PEC section's bytes after "LA:": one colour, the stated extents, then the start position
+// and stitch records (end byte included), which end where the thumbnails would begin.
+Bytes pecSegment(std::int16_t width, std::int16_t height, const Bytes& startAndStitches) {
+    Bytes bytes(525, 0x20);
+    bytes[45] = 0;
+    bytes[46] = 1;
+    std::fill(bytes.begin() + 509, bytes.end(), 0);
+    putLe(bytes, 517, width, 2);
+    putLe(bytes, 519, height, 2);
+    bytes.insert(bytes.end(), startAndStitches.begin(), startAndStitches.end());
+    putLe(bytes, 511, static_cast<std::int64_t>(bytes.size() - 509), 3);
+    return bytes;
+}
+Bytes pesFile(const Bytes& segment, std::string_view version = "0001") {
+    return DesignBytes().text("#PES").text(version).zeros(4).text("LA:").bytes(segment);
+}
+Bytes pecFile(const Bytes& segment) {
+    return DesignBytes().text("#PEC0001LA:").bytes(segment);
+}
+// A 100 x 60 box sewn clockwise from its top-left corner (PEC's y grows downward), after the
+// start position given.
+Bytes boxSegment(const Bytes& start) {
+    return pecSegment(
+        100, 60,
+        DesignBytes().bytes(start).bytes({0x32, 0x00, 0x32, 0x00, 0x00, 0x1E, 0x00, 0x1E, 0xFF}));
+}
+
+// A VP3 file with no header text and 100 mm hoop extents; each section holds where it starts
+// (x, y in 1/1000 mm, y downward) and its stitch records.
+struct Vp3Section {
+    std::int32_t startX;
+    std::int32_t startY;
+    Bytes records;
+};
+Bytes vp3File(const std::vector<Vp3Section>& sections) {
+    DesignBytes bytes;
+    bytes.text("%vsm%").zeros(1).u16be(0).padTo(12).u32be(100000).u32be(100000);
+    bytes.padTo(40).text("xxPP").zeros(4).u16be(static_cast<std::uint32_t>(sections.size()));
+    for (const auto& section : sections) {
+        const std::size_t start = bytes.size();
+        bytes.bytes({0x00, 0x05, 0x00}).u32be(0);
+        bytes.u32be(static_cast<std::uint32_t>(section.startX));
+        bytes.u32be(static_cast<std::uint32_t>(section.startY));
+        bytes.bytes({1, 0, 0x11, 0x22, 0x33}).zeros(5).u16be(1).text("1").u16be(0).u16be(0);
+        bytes.zeros(8).u16be(0).zeros(7).bytes(section.records);
+        bytes.patchU32be(start + 3, static_cast<std::uint32_t>(bytes.size() - start - 7));
+    }
+    return bytes;
+}
+
+// A PCS-family file: type, no palette unless given, the record count and 9-byte records of
+// (x, y, flag), then the writer's 13 zero bytes.
+Bytes pcxFile(std::uint8_t type, std::uint16_t count,
+              const std::vector<std::array<std::uint32_t, 3>>& records) {
+    DesignBytes bytes;
+    bytes.bytes({0x32, type}).u16le(0).u16le(count);
+    for (const auto& [x, y, flag] : records)
+        bytes.zeros(1).u24le(x).zeros(1).u24le(y).bytes({static_cast<std::uint8_t>(flag)});
+    return bytes.zeros(13);
+}
+
+ReadOutcome importNamed(std::string_view name, const Bytes& bytes) {
+    ScratchFolder folder;
+    ReadOutcome read;
+    read.ok = read.design.importDesignFromURL(folder.write(name, bytes), &read.error);
+    return read;
+}
+
+}  // namespace
+
+TEST(RealWorldReading, PesVersionsOfCurrentSoftwareAreReadAndUnknownOnesRefused) {
+    for (const auto& [digits, accepted] :
+         {std::pair{"0100", true}, {"0110", true}, {"0111", true}, {"0101", false}}) {
+        SCOPED_TRACE(digits);
+        const auto read = readWith(importPesDesignFromData,
+                                   pesFile(boxSegment({0x90, 0x00, 0x90, 0x00}), digits));
+        EXPECT_EQ(read.ok, accepted);
+        EXPECT_EQ(read.design.designVersion(), std::stoi(digits));
+    }
+}
+
+TEST(RealWorldReading, PecStartPositionFromEitherCornerOrOriginReadsCentred) {
+    // The corner convention stores the first point's distance from the top-left of the
+    // extents, (0, 0) here; the origin convention its offset from the centre, (-50, -30).
+    // A start that fits neither (our own (w/2, h/2) for a box not centred on its origin)
+    // keeps the corner reading.
+    const std::tuple<std::string_view, Bytes, Bounds> cases[] = {
+        {"corner", {0x90, 0x00, 0x90, 0x00}, {-50, -30, 50, 30}},
+        {"origin", {0x9F, 0xCE, 0x9F, 0xE2}, {-50, -30, 50, 30}},
+        {"half size", {0x90, 0x32, 0x90, 0x1E}, {0, -60, 100, 0}},
+    };
+    for (const auto& [name, start, bounds] : cases) {
+        const Bytes segment = boxSegment(start);
+        for (const auto& read : {readWith(importPesDesignFromData, pesFile(segment)),
+                                 readWith(importPecDesignFromData, pecFile(segment))}) {
+            SCOPED_TRACE(std::string(name) + " " + read.design.designType());
+            ASSERT_TRUE(read.ok) << read.error.message();
+            EXPECT_EQ(boundsOf(read.design), bounds);
+            EXPECT_EQ(kindsOf(read.design.stitches()), "JSSSS");
+        }
+    }
+}
+
+TEST(RealWorldReading, FilesUnderAnotherFormatsExtensionAreReadByTheirContent) {
+    const Bytes pes = pesFile(boxSegment({0x90, 0x00, 0x90, 0x00}));
+    const std::tuple<std::string_view, Bytes, std::string_view> cases[] = {
+        {"design.pec", pes, "PES"},
+        {"design.pes", pecFile(boxSegment({0x90, 0x00, 0x90, 0x00})), "PEC"},
+        {"design.jef", vp3File({{0, 0, {0x05, 0x05}}}), "VP3"},
+        {"design.dst", pcxFile(2, 2, {{240, 240, 0}, {250, 240, 0}}), "PCS"},
+    };
+    for (const auto& [name, bytes, type] : cases) {
+        SCOPED_TRACE(name);
+        const auto read = importNamed(name, bytes);
+        ASSERT_TRUE(read.ok) << read.error.message();
+        EXPECT_EQ(read.design.designType(), type);
+        EXPECT_TRUE(read.design.extensionMismatch());
+    }
+    EXPECT_FALSE(importNamed("design.pes", pes).design.extensionMismatch());
+    // Unreadable either way: the extension's reader has the last word.
+    Bytes broken = pes;
+    broken.resize(540);  // too short for the PEC section's header
+    const auto read = importNamed("design.pec", broken);
+    expectFailure(read, 30, "Unable to import PES/PEC file (missing header).");
+    EXPECT_FALSE(read.design.extensionMismatch());
+}
+
+TEST(RealWorldReading, Vp3SectionsStartWhereTheySayAndKeepTheirLastStitch) {
+    const auto read = readWith(importVp3DesignFromData,
+                               vp3File({{1000, -2000, {0x05, 0x05}}, {-3000, 0, {0x01, 0x01}}}));
+    ASSERT_TRUE(read.ok) << read.error.message();
+    EXPECT_EQ(read.design.stitches(),
+              (Stitches{jump(10, 20), plain(5, -5), change(0, 0), jump(-45, -15), plain(1, -1)}));
+    EXPECT_EQ(read.design.threads().size(), 2u);
+}
+
+TEST(RealWorldReading, KsmFlag90ChangesTheColourAndLeavesTheJumpsAlone) {
+    const Bytes file = DesignBytes().zeros(512).bytes(
+        {5, 5, 0x80, 3, 3, 0x98, 1, 2, 0x80, 0, 0, 0x90, 2, 1, 0x80, 0, 0, 0x88});
+    const auto read = readWith(importKsmDesignFromData, file);
+    ASSERT_TRUE(read.ok);
+    EXPECT_EQ(kindsOf(read.design.stitches()), "JJSCS");
+    EXPECT_EQ(read.design.threads().size(), 2u);
+}
+
+TEST(RealWorldReading, PcxFinalReturnToStartIsAJumpAndLimitsAreExact) {
+    // 240 units is 40 mm; the last record (flag 4) goes back to the first.
+    const std::vector<std::array<std::uint32_t, 3>> returning = {
+        {240, 240, 0}, {250, 240, 0}, {250, 250, 0}, {240, 240, 4}};
+    auto notReturning = returning;
+    notReturning.back() = {245, 240, 4};
+    for (const auto& [type, records, kinds] : {std::tuple{std::uint8_t{0}, returning, "SSJ"},
+                                               {std::uint8_t{1}, returning, "SSJ"},
+                                               {std::uint8_t{0}, notReturning, "SSS"}}) {
+        const auto read = readWith(importPcxDesignFromData, pcxFile(type, 4, records));
+        ASSERT_TRUE(read.ok);
+        EXPECT_EQ(kindsOf(read.design.stitches()), kinds);
+    }
+    // 720 and 690 units are exactly 120 mm and 115 mm, the edges of the large hoop.
+    const auto edge =
+        readWith(importPcxDesignFromData, pcxFile(3, 2, {{360, 345, 0}, {720, 690, 0}}));
+    ASSERT_TRUE(edge.ok) << edge.error.message();
+    EXPECT_EQ(boundsOf(edge.design), (Bounds{600, 575, 600, 575}));
+    const auto beyond =
+        readWith(importPcxDesignFromData, pcxFile(3, 2, {{360, 345, 0}, {721, 690, 0}}));
+    expectFailure(beyond, 165, "Unable to read PCx (invalid stitch position)");
+}
+
+TEST(RealWorldReading, DstLastStitchWithoutEndRecordIsKept) {
+    const std::pair<Bytes, Stitches> cases[] = {
+        {{0x01, 0x00, 0x03, 0x02, 0x00, 0x03}, {plain(1, 0), plain(-1, 0)}},
+        {{0x01, 0x00, 0x03, 0x02, 0x00, 0x83}, {plain(1, 0), jump(-1, 0)}},
+        // A colour change with nothing after it, or bytes that are no record, are no stitch.
+        {{0x01, 0x00, 0x03, 0x00, 0x00, 0xC3}, {plain(1, 0)}},
+        {{0x01, 0x00, 0x03, 0x00, 0x00, 0x1A}, {plain(1, 0)}},
+        {{0x01, 0x00, 0x03, 0x00, 0x00, 0xF3}, {plain(1, 0)}},
+    };
+    for (const auto& [records, stitches] : cases) {
+        Bytes file = dstHeader();
+        file.insert(file.end(), records.begin(), records.end());
+        const auto read = readWith(importDstDesignFromData, file);
+        ASSERT_TRUE(read.ok);
+        EXPECT_EQ(read.design.stitches(), stitches);
+    }
+}
