@@ -19,3 +19,5 @@ HMKCommandRunner addRenderCommand(CLI::App& app);
 HMKCommandRunner addPalettesCommand(CLI::App& app);
 // hemlark hoops
 HMKCommandRunner addHoopsCommand(CLI::App& app);
+// hemlark machines
+HMKCommandRunner addMachinesCommand(CLI::App& app);
