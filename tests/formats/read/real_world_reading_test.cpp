@@ -141,7 +141,8 @@ TEST(RealWorldReading, Vp3SectionsStartWhereTheySayAndKeepTheirLastStitch) {
     ASSERT_TRUE(read.ok) << read.error.message();
     EXPECT_EQ(read.design.stitches(),
               (Stitches{jump(10, 20), plain(5, -5), change(0, 0), jump(-45, -15), plain(1, -1)}));
-    EXPECT_EQ(read.design.threads().size(), 2u);
+    ASSERT_EQ(read.design.threads().size(), 2u);
+    EXPECT_EQ(read.design.threads()[1].color, HMKColor(0x11 / 255.0, 0x22 / 255.0, 0x33 / 255.0));
 }
 
 TEST(RealWorldReading, KsmFlag90ChangesTheColourAndLeavesTheJumpsAlone) {
