@@ -117,7 +117,8 @@ std::optional<PecCoordinate> readPecCoordinate(const HMKByteReader& reader, std:
 // differ only by that shift, so the file's own extents decide: the reading that puts the
 // decoded stitches' centre nearer the origin is the one the file was written for (the corner
 // reading on a tie). Either way no design ends up further from its centre than the corner
-// reading alone would put it.
+// reading alone would put it. The file readers hand the segment an emptied design, so the
+// design's bounds are the decoded stitches' own.
 void placeStartByItsConvention(HMKDesign& design, std::size_t firstStitch, int halfWidth,
                                int halfHeight) {
     const double centerX = (double{design.xMin()} + design.xMax()) / 2;
