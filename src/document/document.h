@@ -14,6 +14,14 @@
 // - Menu enabling: hasSelection() for the selection commands, canPaste() (and
 //   QClipboard::dataChanged) for Paste, undoStack() (or createUndoAction()) for Undo/Redo,
 //   isModified() for Save and Revert.
+// - shownThreadChanged() asks for a redraw too; the thread list selects that row and the
+//   colour chooser may follow it.
+// - Report zoom, centre and selection mode with setViewState(); after restoreRecovery() adopt
+//   viewState() (viewStateRestored()).
+// - Life cycle: at start, offer HMKRecoveryStore::pendingRecoveries() and call
+//   restoreRecovery() on a new document for each one accepted (HMKRecoveryStore::discard()
+//   the others). Call close() when the user closes a window, saved or not. At quit or the end
+//   of the session, destroying the documents keeps their unsaved edits for the next start.
 #pragma once
 
 #include <chrono>

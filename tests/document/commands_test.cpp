@@ -1,7 +1,5 @@
 #include "document_test_support.h"
 
-#include "document/undo_history.h"
-
 namespace {
 
 struct Command {
@@ -48,6 +46,7 @@ TEST_F(DocumentTest, EveryCommandUndoesAndRedoesBySwappingWholeDesigns) {
         {"palette change", [](HMKDocument& d) { return d.changePalette("Madeira Rayon"); }},
         {"palette reset", [](HMKDocument& d) { return d.resetPalette(); }},
         {"change hoop", [](HMKDocument& d) { return d.selectHoop("Janome", 4); }},
+        {"change hoop", [](HMKDocument& d) { return d.selectHoop("Janome", -1); }},
         {"paste", [](HMKDocument& d) { return d.pasteWithUndo(pastedDesign()); }},
         {"cut", [](HMKDocument& d) { return d.cut(); }},
     };
@@ -119,39 +118,39 @@ TEST_F(DocumentTest, AFailedCommandIsReportedAndStillUndoable) {
     EXPECT_EQ(alerts_[0].text,
               QString::fromStdString(makeError(140, "color palette not found").message()));
     EXPECT_EQ(alerts_[0].style, HMKAlertStyle::warning);
-    EXPECT_EQ(document->undoStack()->undoText(), "palette change");
+    EXPECT_EQ(std::unique_ptr<QAction>(document->createUndoAction(nullptr))->text(),
+              "Undo palette change");
     document->undo();
     expectIdentical(document->design(), before);
 }
 
-TEST(UndoHistory, TheOldestStepsGoWhenTheBudgetIsExceeded) {
-    HMKDesign current;
-    HMKUndoHistory history([&current](HMKDesign& snapshot) { std::swap(current, snapshot); });
-    auto designOf = [](float size) {
-        HMKDesign design;
-        design.setStitches(std::vector<HMKStitch>(1000, HMKStitch(size, 0, false, false)));
-        return design;
-    };
-    const std::size_t snapshot = HMKUndoHistory::snapshotBytes(designOf(0));
-    history.setMemoryBudget(snapshot * 5 / 2);
-    for (int step = 1; step <= 5; ++step) {
-        HMKDesign before = std::exchange(current, designOf(static_cast<float>(step)));
-        history.record(QString::number(step), std::move(before));
-        if (step == 3) {
-            history.stack().setClean();
+TEST_F(DocumentTest, TheOldestStepsGoWhenTheUndoBudgetIsExceeded) {
+    auto document = makeDocument();
+    HMKDesign large;  // about 1.2 MB per snapshot
+    large.setStitches(std::vector<HMKStitch>(100'000, HMKStitch(1, 0, false, false)));
+    large.setThreads({HMKThread()});
+    document->setDesign(large);
+    document->selectAll();
+    std::vector<HMKDesign> designs{document->design()};
+    for (int step = 1; step <= 4; ++step) {
+        ASSERT_TRUE(document->moveByVector({1, 1}));
+        designs.push_back(document->design());
+        if (step == 2) {
+            document->undoStack()->setClean();
         }
     }
-    // Steps 4 and 5 are kept, the clean state at step 3 too.
-    EXPECT_EQ(history.stack().count(), 2);
-    EXPECT_LE(history.memoryUsed(), history.memoryBudget());
-    history.stack().undo();
-    history.stack().undo();
-    EXPECT_TRUE(history.stack().isClean());
-    EXPECT_EQ(current.stitches()[0].deltaX, 3);
-    history.stack().redo();
-    history.stack().redo();
-    EXPECT_EQ(current.stitches()[0].deltaX, 5);
-    // One step over the budget on its own is still kept.
-    history.setMemoryBudget(0);
-    EXPECT_EQ(history.stack().count(), 1);
+    settings_->setValue(HMKSettings::undoMemoryMegabytes, 3);
+    // Steps 3 and 4 are kept, and the clean state after step 2 with them.
+    EXPECT_EQ(document->undoStack()->count(), 2);
+    EXPECT_LE(document->undoMemoryUsed(), std::size_t{3} << 20);
+    document->undo();
+    document->undo();
+    EXPECT_TRUE(document->undoStack()->isClean());
+    expectIdentical(document->design(), designs[2]);
+    document->redo();
+    document->redo();
+    expectIdentical(document->design(), designs[4]);
+    // A step larger than the whole budget still stays.
+    settings_->setValue(HMKSettings::undoMemoryMegabytes, 0);
+    EXPECT_EQ(document->undoStack()->count(), 1);
 }

@@ -1,6 +1,7 @@
 #include "document_test_support.h"
 
 #include <bit>
+#include <tuple>
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -16,8 +17,8 @@ namespace {
 class DocumentEnvironment : public ::testing::Environment {
 public:
     void SetUp() override {
-        qputenv("XDG_STATE_HOME", QByteArray(home_.filePath("state").toUtf8()));
-        qputenv("XDG_CONFIG_HOME", QByteArray(home_.filePath("config").toUtf8()));
+        qputenv("XDG_STATE_HOME", home_.filePath("state").toUtf8());
+        qputenv("XDG_CONFIG_HOME", home_.filePath("config").toUtf8());
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
         }
@@ -41,34 +42,26 @@ std::uint32_t bits(float value) {
     return std::bit_cast<std::uint32_t>(value);
 }
 
+auto fieldsOf(const HMKDesign& d) {
+    return std::tuple(d.designName(), d.designType(), d.designVersion(),
+                      d.designLocation().string(), d.hoopName(), d.hoopCode(), bits(d.xMin()),
+                      bits(d.yMin()), bits(d.xMax()), bits(d.yMax()), d.useThreadFile(),
+                      d.selectionActive(), d.displayRange().location, d.displayRange().length);
+}
+
+auto fieldsOf(const HMKStitch& s) {
+    return std::tuple(bits(s.deltaX), bits(s.deltaY), s.isJumpStitch, s.isColorChange,
+                      s.isSelected);
+}
+
 }  // namespace
 
 void expectIdentical(const HMKDesign& actual, const HMKDesign& expected) {
-    EXPECT_EQ(actual.designName(), expected.designName());
-    EXPECT_EQ(actual.designType(), expected.designType());
-    EXPECT_EQ(actual.designVersion(), expected.designVersion());
-    EXPECT_EQ(actual.designLocation(), expected.designLocation());
-    EXPECT_EQ(actual.designHoop().has_value(), expected.designHoop().has_value());
-    if (actual.designHoop() && expected.designHoop()) {
-        EXPECT_TRUE(*actual.designHoop() == *expected.designHoop());
-        EXPECT_EQ(actual.designHoop()->code(), expected.designHoop()->code());
-    }
-    EXPECT_EQ(bits(actual.xMin()), bits(expected.xMin()));
-    EXPECT_EQ(bits(actual.yMin()), bits(expected.yMin()));
-    EXPECT_EQ(bits(actual.xMax()), bits(expected.xMax()));
-    EXPECT_EQ(bits(actual.yMax()), bits(expected.yMax()));
-    EXPECT_EQ(actual.useThreadFile(), expected.useThreadFile());
-    EXPECT_EQ(actual.selectionActive(), expected.selectionActive());
-    EXPECT_TRUE(actual.displayRange() == expected.displayRange());
+    EXPECT_EQ(fieldsOf(actual), fieldsOf(expected));
     EXPECT_TRUE(actual.threads() == expected.threads());
     ASSERT_EQ(actual.stitches().size(), expected.stitches().size());
     for (std::size_t i = 0; i < actual.stitches().size(); ++i) {
-        const HMKStitch& a = actual.stitches()[i];
-        const HMKStitch& e = expected.stitches()[i];
-        ASSERT_TRUE(bits(a.deltaX) == bits(e.deltaX) && bits(a.deltaY) == bits(e.deltaY) &&
-                    a.isJumpStitch == e.isJumpStitch && a.isColorChange == e.isColorChange &&
-                    a.isSelected == e.isSelected)
-            << "stitch " << i;
+        ASSERT_EQ(fieldsOf(actual.stitches()[i]), fieldsOf(expected.stitches()[i])) << i;
     }
 }
 
@@ -84,12 +77,10 @@ bool waitFor(const std::function<bool()>& done, std::chrono::milliseconds timeou
 void DocumentTest::SetUp() {
     scratch_ = std::filesystem::temp_directory_path() /
                ("hemlark-document-tests-" + std::to_string(QCoreApplication::applicationPid()));
-    std::filesystem::remove_all(scratch_);
     std::filesystem::remove_all(HMKRecoveryStore::folder());
     std::filesystem::create_directories(scratch_);
     settings_ =
-        std::make_unique<HMKSettings>(QString::fromStdString((scratch_ / "hemlark.conf").string()));
-    alerts_.clear();
+        std::make_unique<HMKSettings>(QString::fromStdString((scratch_ / "x.conf").string()));
     answer_ = {};
 }
 
@@ -100,14 +91,12 @@ void DocumentTest::TearDown() {
 }
 
 std::filesystem::path DocumentTest::sample(const std::string& name, bool withThreads) {
-    const std::filesystem::path source = std::filesystem::path(HEMLARK_SAMPLES_DIR) / name;
-    const std::filesystem::path copy = scratch_ / name;
+    std::filesystem::path source = std::filesystem::path(HEMLARK_SAMPLES_DIR) / name;
+    std::filesystem::path copy = scratch_ / name;
     std::filesystem::copy_file(source, copy, std::filesystem::copy_options::overwrite_existing);
     if (withThreads) {
-        std::filesystem::path threads = source;
-        std::filesystem::copy_file(threads.replace_extension("threads"),
-                                   std::filesystem::path(copy).replace_extension("threads"),
-                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(source.replace_extension("threads"),
+                                   std::filesystem::path(copy).replace_extension("threads"));
     }
     return copy;
 }
@@ -123,12 +112,10 @@ std::unique_ptr<HMKDocument> DocumentTest::makeDocument() {
 
 std::unique_ptr<HMKDocument> DocumentTest::openWithSelection(const std::string& name) {
     auto document = makeDocument();
-    HMKError error;
-    EXPECT_TRUE(document->readFromURL(sample(name), &error)) << error.message();
-    const HMKDesign& design = document->design();
+    EXPECT_TRUE(document->readFromURL(sample(name)));
+    const HMKDesign& d = document->design();
     document->selectInRect(
-        {design.xMin() - 1, design.yMin() - 1, (design.xMax() - design.xMin()) / 2 + 1,
-         design.yMax() - design.yMin() + 2},
+        {d.xMin() - 1, d.yMin() - 1, (d.xMax() - d.xMin()) / 2 + 1, d.yMax() - d.yMin() + 2},
         false);
     return document;
 }

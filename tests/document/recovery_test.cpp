@@ -63,17 +63,12 @@ TEST_F(DocumentTest, AKilledProcessGetsItsEditBack) {
 TEST_F(DocumentTest, TheRecoveredDesignReplacesTheFileOnlyWhenEditedOrChanged) {
     struct Case {
         const char* name;
-        bool edited;
-        bool fileChanged;
-        bool fileRemoved;
-        bool expectRecovered;
+        bool edited, fileChanged, fileRemoved, expectRecovered;
     };
-    const std::vector<Case> cases = {
-        {"edited", true, false, false, true},
-        {"not edited", false, false, false, false},
-        {"file changed since", false, true, false, true},
-        {"file gone", false, false, true, true},
-    };
+    const std::vector<Case> cases = {{"edited", true, false, false, true},
+                                     {"not edited", false, false, false, false},
+                                     {"file changed since", false, true, false, true},
+                                     {"file gone", false, false, true, true}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const std::filesystem::path file = sample("star.jef");
@@ -124,8 +119,10 @@ TEST_F(DocumentTest, TheRecoveryFileFollowsUnsavedEdits) {
     document->selectAll();
     ASSERT_TRUE(document->flipV());
     ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(document->recoveryFile()); }));
-    // Owned by a running document: not offered.
+    // Owned by a running document: neither offered nor restorable.
     EXPECT_TRUE(HMKRecoveryStore::pendingRecoveries().empty());
+    const QString id = QString::fromStdString(document->recoveryFile().stem().string());
+    EXPECT_FALSE(makeDocument()->restoreRecovery({id, document->recoveryFile(), file, {}}));
 
     document->undo();
     ASSERT_TRUE(waitFor([&] { return !std::filesystem::exists(document->recoveryFile()); }));
@@ -136,8 +133,14 @@ TEST_F(DocumentTest, TheRecoveryFileFollowsUnsavedEdits) {
 
     // Quitting with unsaved edits keeps them for the next start.
     ASSERT_TRUE(document->flipH());
+    document->showThread(0);
     document.reset();
-    EXPECT_TRUE(pendingEntryFor(file));
+    const auto entry = pendingEntryFor(file);
+    ASSERT_TRUE(entry);
+    const auto state = readRecoveryFile(entry->file);
+    ASSERT_TRUE(state);
+    EXPECT_TRUE(state->isEdited);
+    EXPECT_EQ(state->selectedThread, 0);
 }
 
 TEST_F(DocumentTest, ADamagedRecoveryFileIsRefused) {
@@ -148,4 +151,7 @@ TEST_F(DocumentTest, ADamagedRecoveryFileIsRefused) {
     ASSERT_TRUE(writeFileAtomically(HMKRecoveryStore::fileForId("damaged"),
                                     std::vector<std::uint8_t>{0xA1, 0x01}));
     EXPECT_TRUE(HMKRecoveryStore::pendingRecoveries().empty());
+    EXPECT_FALSE(makeDocument()->restoreRecovery(
+        {"damaged", HMKRecoveryStore::fileForId("damaged"), {}, {}}, &error));
+    EXPECT_EQ(error.code, kRecoveryUnreadableError);
 }

@@ -38,10 +38,9 @@ TEST_F(SettingsTest, ValuesKeepTheirTypesAcrossInstances) {
 TEST_F(SettingsTest, UnreadableValuesFallBackToTheDefaults) {
     {
         QSettings raw(file(), QSettings::IniFormat);
-        raw.setValue("ShowGrid", "perhaps");
-        raw.setValue("StitchSpeed", "fast");
-        raw.setValue("BackgroundColor", "no colour");
-        raw.setValue("BastingDistance", "");
+        for (const char* key : {"ShowGrid", "StitchSpeed", "BackgroundColor", "BastingDistance"}) {
+            raw.setValue(key, "perhaps");
+        }
     }
     HMKSettings settings(file());
     EXPECT_EQ(settings.value(HMKSettings::showGrid), HMKSettings::showGrid.defaultValue);

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "formats/read/readers.h"
 #include "model/design.h"
 
@@ -73,6 +74,14 @@ std::optional<ReaderMethod> readerForContent(const std::filesystem::path& url) {
 }
 
 }  // namespace
+
+std::vector<std::string> importableExtensions() {
+    std::vector<std::string> extensions;
+    for (const ReaderEntry& entry : kReaders) {
+        extensions.emplace_back(entry.extension);
+    }
+    return extensions;
+}
 
 bool HMKDesign::importDesignFromURL(const std::filesystem::path& url, HMKError* error) {
     setDesignName(url.filename().string());

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "formats/file_io.h"
+#include "formats/format_extensions.h"
 #include "model/design.h"
 #include "model/diagnostics.h"
 #include "model/format_text.h"
@@ -40,6 +41,14 @@ std::string describe(const HMKError* error) {
 }
 
 }  // namespace
+
+std::vector<std::string> exportableExtensions() {
+    std::vector<std::string> extensions;
+    for (const HMKExportFormat& format : kExportFormats) {
+        extensions.emplace_back(format.extension);
+    }
+    return extensions;
+}
 
 bool HMKDesign::exportDesignToURL(const std::filesystem::path& url, HMKError* error) {
     if (threads_.empty()) {
