@@ -199,8 +199,10 @@ void moveToSectionStart(const HMKByteReader& reader, std::size_t section,
     // Inside the minimum section size the caller checked.
     const double startX =
         reader.s32be(section + kVp3SectionStartOffset).value_or(0) / kVp3StartUnitsPerDesignUnit;
-    const double startY = -reader.s32be(section + kVp3SectionStartOffset + 4).value_or(0) /
-                          kVp3StartUnitsPerDesignUnit;
+    // Negated as a double: the most negative 32-bit value has no positive counterpart.
+    const double startY =
+        -static_cast<double>(reader.s32be(section + kVp3SectionStartOffset + 4).value_or(0)) /
+        kVp3StartUnitsPerDesignUnit;
     const auto dx = static_cast<float>(startX - appender.x());
     const auto dy = static_cast<float>(startY - appender.y());
     if (dx != 0 || dy != 0) {

@@ -143,6 +143,9 @@ TEST(RealWorldReading, Vp3SectionsStartWhereTheySayAndKeepTheirLastStitch) {
               (Stitches{jump(10, 20), plain(5, -5), change(0, 0), jump(-45, -15), plain(1, -1)}));
     ASSERT_EQ(read.design.threads().size(), 2u);
     EXPECT_EQ(read.design.threads()[1].color, HMKColor(0x11 / 255.0, 0x22 / 255.0, 0x33 / 255.0));
+    // The most negative start is far away, but no overflow.
+    const auto far = readWith(importVp3DesignFromData, vp3File({{0, INT32_MIN, {}}}));
+    EXPECT_EQ(far.design.stitches(), (Stitches{jump(0, 21474836.48f)}));
 }
 
 TEST(RealWorldReading, KsmFlag90ChangesTheColourAndLeavesTheJumpsAlone) {
