@@ -23,19 +23,6 @@ struct RenderOptions {
     std::optional<HMKColor> background;
 };
 
-// The picture's longer side is the requested size; the shorter one follows the design's
-// proportions, so the design fills the picture up to the margins.
-void fitPictureToDesign(const HMKDesign& design, int sizePixels, HMKPictureOptions& picture) {
-    const double width = std::max(design.xMax() - design.xMin(), 1.0f);
-    const double height = std::max(design.yMax() - design.yMin(), 1.0f);
-    const int inner = std::max(sizePixels - 2 * picture.marginPixels, 1);
-    const int shorter =
-        static_cast<int>(std::lround(inner * std::min(width, height) / std::max(width, height))) +
-        2 * picture.marginPixels;
-    picture.widthPixels = width >= height ? sizePixels : shorter;
-    picture.heightPixels = width >= height ? shorter : sizePixels;
-}
-
 int runRender(const RenderOptions& options) {
     HMKDesign design;
     HMKError error;

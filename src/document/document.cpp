@@ -429,8 +429,9 @@ bool HMKDocument::insertThreadBeforeSelection() {
 }
 
 bool HMKDocument::deleteThreadWithIndex(std::int32_t index) {
-    // Invalid indices are ignored silently, without an undo step.
-    if (index < 0 || static_cast<std::size_t>(index) >= design_.numberOfThreads()) {
+    // Invalid indices are ignored silently, without an undo step; thread 0 has no thread
+    // before it to be combined with.
+    if (index <= 0 || static_cast<std::size_t>(index) >= design_.numberOfThreads()) {
         return false;
     }
     return perform(kThreadDelete, [index](HMKDesign& design, HMKError* error) {

@@ -4,6 +4,7 @@
 // one pass instead of inserting into and erasing from the vector in place.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "edit/jump_insertion.h"
 #include "model/design.h"
@@ -11,10 +12,12 @@
 
 namespace {
 
-// The longest move a format can encode on each axis, for normal stitches and for jumps.
+// The longest move a format can encode on each axis, for normal stitches and for jumps, and
+// the most stitches its files hold as its writer counts them (0: no such limit).
 struct HMKMoveLimits {
     float stitch;
     float jump;
+    double mostStitches = 0;
 };
 
 // Types without a writer are never split: their limit is out of reach.
@@ -24,19 +27,66 @@ HMKMoveLimits moveLimitsFor(std::string_view type) {
     if (type == "JEF") {
         return {126, 126};
     }
-    if (type == "PES" || type == "PEC") {
+    if (type == "PES") {
+        return {62, 2046, 30'000};
+    }
+    if (type == "PEC") {
         return {62, 2046};
     }
     if (type == "EXP") {
         return {126, 126};
     }
     if (type == "DST") {
-        return {120, 120};
+        return {120, 120, 9'999'999};
     }
     if (type == "PCS") {
-        return {1150, 1150};
+        return {1150, 1150, 14'000};
     }
     return kUnlimitedMoves;
+}
+
+// --- The budget of cutting ----------------------------------------------------------------
+// Cutting may add this many stitches per stitch of the design, or this many whatever its size:
+// a few bytes of a file can hold moves of millions of units, which must not turn into
+// millions of stitches. Real designs gain a few pieces per long jump, far less than this.
+constexpr double kAddedStitchesPerStitch = 8;
+constexpr double kAddedStitchesOfAnyDesign = 1 << 20;
+// Never more than twice what the format's files hold, so that the writer's own stitch count
+// check, not this budget, refuses designs near the limit; 64 million for formats without one.
+constexpr double kFormatLimitMargin = 2;
+constexpr double kAddedStitchesWithoutFormatLimit = 1 << 26;
+// A float move cut into more pieces than this loses the precision to be cut exactly.
+constexpr double kMostPiecesOfOneMove = 1 << 22;
+
+// An upper bound of the stitches that merging and cutting add for the format, counted before
+// anything is changed; none when a move is no finite number or too long to be cut. A run of
+// jumps and colour changes merges into at most the pieces of its members, plus one
+// zero-length colour change per member that carried a move.
+std::optional<double> stitchesAddedByCutting(const std::vector<HMKStitch>& stitches,
+                                             const HMKMoveLimits& limits) {
+    double added = 0;
+    for (const HMKStitch& stitch : stitches) {
+        if (!std::isfinite(stitch.deltaX) || !std::isfinite(stitch.deltaY)) {
+            return std::nullopt;
+        }
+        const double longest = std::max(std::fabs(stitch.deltaX), std::fabs(stitch.deltaY));
+        const double pieces =
+            std::ceil(longest / (stitch.isJumpStitch ? limits.jump : limits.stitch));
+        if (pieces > kMostPiecesOfOneMove) {
+            return std::nullopt;
+        }
+        // A stitch cut into n pieces adds at most n: float rounding may leave one more.
+        added += pieces > 1 ? pieces : 0;
+        added += stitch.isColorChange && !stitch.isNullStitch() ? 1 : 0;
+    }
+    return added;
+}
+
+double mostAddedStitches(std::size_t count, const HMKMoveLimits& limits) {
+    const double ofTheDesign =
+        std::max(kAddedStitchesPerStitch * static_cast<double>(count), kAddedStitchesOfAnyDesign);
+    return std::min(ofTheDesign, limits.mostStitches > 0 ? kFormatLimitMargin * limits.mostStitches
+                                                         : kAddedStitchesWithoutFormatLimit);
 }
 
 bool isJumpOrChange(const HMKStitch& stitch) {
@@ -48,7 +98,9 @@ bool isJumpOrChange(const HMKStitch& stitch) {
 // Normalisation mostly shrinks a list or keeps its length, so the usual pass allocates nothing.
 class HMKOverwritingWriter {
 public:
-    explicit HMKOverwritingWriter(std::vector<HMKStitch>& list) : list_(list) {}
+    // `capacity` is the most stitches that will be written.
+    HMKOverwritingWriter(std::vector<HMKStitch>& list, std::size_t capacity)
+        : list_(list), capacity_(capacity) {}
 
     // `read` is the number of stitches of the list read so far; they may be overwritten.
     void push(const HMKStitch& stitch, std::size_t read) {
@@ -75,13 +127,14 @@ private:
     [[gnu::noinline]] void pushMoved(const HMKStitch& stitch) {
         if (!moved_) {
             moved_ = true;
-            output_.reserve(list_.size() + list_.size() / 8 + 16);
+            output_.reserve(capacity_);
             output_.assign(list_.begin(), list_.begin() + static_cast<std::ptrdiff_t>(written_));
         }
         output_.push_back(stitch);
     }
 
     std::vector<HMKStitch>& list_;
+    std::size_t capacity_;
     std::vector<HMKStitch> output_;
     std::size_t written_ = 0;
     bool moved_ = false;
@@ -153,11 +206,20 @@ std::int32_t HMKDesign::insertJump(HMKPoint vector, std::int32_t index) {
 }
 
 bool HMKDesign::optimizeJumpsFor(std::string_view type) {
+    const HMKMoveLimits limits = moveLimitsFor(type);
+    // Refused before any stitch changes or anything is allocated; the edits that end here
+    // still get bounds and a display range that match their stitches.
+    const std::optional<double> added = stitchesAddedByCutting(stitches_, limits);
+    if (!added || *added > mostAddedStitches(stitches_.size(), limits)) {
+        recomputeBounds();
+        displayRange_ = {0, stitches_.size()};
+        return false;
+    }
+
     // One pass: merging feeds the splitting, which writes over the list behind the reading.
     // Plain stitches within the limits take a short path; the running position and the
     // bounds are locals so that the loop keeps them in registers.
-    const HMKMoveLimits limits = moveLimitsFor(type);
-    HMKOverwritingWriter output(stitches_);
+    HMKOverwritingWriter output(stitches_, stitches_.size() + static_cast<std::size_t>(*added));
     std::size_t read = 0;
 
     // Cuts a stitch into pieces within the format's limits, all on the stitch's own line.

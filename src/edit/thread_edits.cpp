@@ -53,11 +53,12 @@ HMKBlock findBlock(const std::vector<HMKStitch>& stitches, std::size_t thread) {
 }  // namespace
 
 bool HMKDesign::deleteThreadAtIndex(std::int32_t index, HMKError*) {
-    if (index < 0 || static_cast<std::size_t>(index) >= threads_.size()) {
+    // Thread 0 has no thread before it to be merged into: taking only its record away would
+    // leave one colour block without a thread, so index 0 is as invalid as any other.
+    if (index <= 0 || static_cast<std::size_t>(index) >= threads_.size()) {
         return true;
     }
-    // The stitches stay: the block is sewn on as part of the thread before it. For index 0
-    // the first stitch already matches and only the thread record goes.
+    // The stitches stay: the block is sewn on as part of the thread before it.
     std::int32_t count = 0;
     for (auto& stitch : stitches_) {
         count += stitch.isColorChange ? 1 : 0;

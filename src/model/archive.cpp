@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <limits>
 #include <map>
 #include <string>
@@ -32,6 +33,12 @@ constexpr std::uint64_t kMaxKeysPerObject = 256;
 // an archive that references one large object from everywhere cannot exhaust memory.
 constexpr std::size_t kMaxExpansion = 64;
 constexpr std::size_t kExpansionAllowance = 1 << 20;
+// Decoding visits each key and list item of an archive about once, but an object referenced
+// from everywhere is decoded again for every reference: the keys and items visited are
+// counted against this many per byte of the archive (plus a little), so decoding stays in
+// time proportional to the archive's size.
+constexpr std::size_t kMaxWorkPerByte = 4;
+constexpr std::size_t kWorkAllowance = 1 << 20;
 
 // Every key the archive uses. The records' keys come first, in the order they are written,
 // and each record's keys are contiguous so a decoder can collect them into a small table.
@@ -469,7 +476,8 @@ public:
     ArchiveDecoder(const PlistReader& plist, std::size_t archiveSize)
         : plist_(plist),
           keyOfObject_(plist.objectCount(), kKeyNotLooked),
-          budget_(archiveSize * kMaxExpansion + kExpansionAllowance) {}
+          budget_(archiveSize * kMaxExpansion + kExpansionAllowance),
+          work_(archiveSize * kMaxWorkPerByte + kWorkAllowance) {}
 
     HMKDesign decode() {
         PlistObject frame = objectAt(plist_.top(), "the archive");
@@ -557,14 +565,23 @@ private:
         budget_ -= bytes;
     }
 
-    // The number of keys of an archived object's dictionary.
-    std::uint64_t keyCount(const PlistObject& dictionary, const char* what) const {
+    // Accounts for keys and items about to be visited.
+    void work(std::uint64_t steps) {
+        if (steps > work_) {
+            throw DamagedArchive{"the archive takes work far beyond its size to decode"};
+        }
+        work_ -= steps;
+    }
+
+    // The number of keys of an archived object's dictionary, which the caller visits.
+    std::uint64_t keyCount(const PlistObject& dictionary, const char* what) {
         if (dictionary.kind != PlistKind::Dictionary) {
             return 0;
         }
         if (dictionary.count > kMaxKeysPerObject) {
             throw DamagedArchive{std::string(what) + " has too many keys"};
         }
+        work(dictionary.count);
         return dictionary.count;
     }
 
@@ -695,8 +712,23 @@ private:
         }
     }
 
+    // Doubles beyond the float range become endless rather than undefined.
     float floatValue(const std::optional<PlistReader::Ref>& ref, const char* what) const {
-        return static_cast<float>(number(ref, what));
+        const double value = number(ref, what);
+        constexpr double kLargest = std::numeric_limits<float>::max();
+        constexpr float kEndless = std::numeric_limits<float>::infinity();
+        return value > kLargest    ? kEndless
+               : value < -kLargest ? -kEndless
+                                   : static_cast<float>(value);
+    }
+
+    // Moves are summed into positions: one that is endless or no number spoils them all.
+    float finiteValue(const std::optional<PlistReader::Ref>& ref, const char* what) const {
+        const float value = floatValue(ref, what);
+        if (!std::isfinite(value)) {
+            throw DamagedArchive{std::string(what) + " is not a finite number"};
+        }
+        return value;
     }
 
     bool boolValue(const std::optional<PlistReader::Ref>& ref, const char* what) const {
@@ -803,6 +835,7 @@ private:
             throw DamagedArchive{std::string(what) + " has no items"};
         }
         charge(array.count * sizeof(Item));
+        work(array.count);
         items.reserve(array.count);
         for (std::uint64_t i = 0; i < array.count; ++i) {
             items.push_back(decodeItem(uidAt(plist_.item(array, i))));
@@ -815,8 +848,8 @@ private:
     HMKStitch decodeStitch(std::uint64_t uid) {
         auto fields =
             fieldsOf<StitchDeltaX, StitchIsSelected>(uid, ArchivedClass::Stitch, "a stitch");
-        HMKStitch stitch(floatValue(fields[StitchDeltaX], "a stitch's deltaX"),
-                         floatValue(fields[StitchDeltaY], "a stitch's deltaY"),
+        HMKStitch stitch(finiteValue(fields[StitchDeltaX], "a stitch's deltaX"),
+                         finiteValue(fields[StitchDeltaY], "a stitch's deltaY"),
                          boolValue(fields[StitchIsJumpStitch], "a stitch's jump flag"),
                          boolValue(fields[StitchIsColorChange], "a stitch's colour change flag"));
         stitch.isSelected = boolValue(fields[StitchIsSelected], "a stitch's selection flag");
@@ -933,6 +966,7 @@ private:
     std::map<std::uint64_t, ArchivedClass> classOfUid_;
     std::optional<std::pair<std::uint64_t, ArchivedClass>> lastClass_;
     std::size_t budget_;
+    std::size_t work_;
 };
 
 HMKError archiveError(int code, std::string reason) {

@@ -1,5 +1,7 @@
 // An RGB thread colour with components from 0 to 1. Colours are immutable values:
-// nothing changes a colour in place, a thread is given a new one instead.
+// nothing changes a colour in place, a thread is given a new one instead. Components outside
+// the range (side files and archives may hold anything) are brought to its nearest end, and
+// one that is no number to 0, so that every use of a colour can rely on the range.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +12,8 @@ class HMKColor {
 public:
     // The neutral light grey used for threads whose colour is unknown.
     HMKColor() : HMKColor(0.8, 0.8, 0.8) {}
-    HMKColor(double red, double green, double blue) : red_(red), green_(green), blue_(blue) {}
+    HMKColor(double red, double green, double blue)
+        : red_(inUnitRange(red)), green_(inUnitRange(green)), blue_(inUnitRange(blue)) {}
 
     double red() const { return red_; }
     double green() const { return green_; }
@@ -26,6 +29,10 @@ public:
     std::string description() const;
 
 private:
+    static double inUnitRange(double component) {
+        return component > 1 ? 1 : component > 0 ? component : 0;
+    }
+
     double red_;
     double green_;
     double blue_;

@@ -1,5 +1,6 @@
 #include "model/design.h"
 
+#include <limits>
 #include <unordered_set>
 
 #include "model/format_text.h"
@@ -13,6 +14,17 @@ namespace {
 bool hasWriter(const std::string& type) {
     return type == "JEF" || type == "PES" || type == "PEC" || type == "DST" || type == "EXP" ||
            type == "PCS";
+}
+
+// An extent in whole units, truncated: the inverted bounds of an empty design have none, and
+// an extent beyond the integer range ends at its limit.
+std::int32_t wholeExtent(float low, float high) {
+    const float extent = high - low;
+    if (!(extent > 0)) {
+        return 0;
+    }
+    constexpr auto kLargest = std::numeric_limits<std::int32_t>::max();
+    return extent >= static_cast<float>(kLargest) ? kLargest : static_cast<std::int32_t>(extent);
 }
 
 }  // namespace
@@ -46,11 +58,11 @@ std::size_t HMKDesign::numberOfDifferentColors() const {
 }
 
 std::int32_t HMKDesign::designWidth() const {
-    return static_cast<std::int32_t>(xMax_ - xMin_);
+    return wholeExtent(xMin_, xMax_);
 }
 
 std::int32_t HMKDesign::designHeight() const {
-    return static_cast<std::int32_t>(yMax_ - yMin_);
+    return wholeExtent(yMin_, yMax_);
 }
 
 HMKPoint HMKDesign::centerOfDesign() const {

@@ -11,6 +11,7 @@
 #include <QTransform>
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <string>
 
 #include "formats/file_io.h"
@@ -171,6 +172,17 @@ HMKAffineTransform designPictureTransform(const HMKDesign& design,
     transform.tx = width / 2 - scale * centerX;
     transform.ty = height / 2 + scale * centerY;
     return transform;
+}
+
+void fitPictureToDesign(const HMKDesign& design, int longerSidePixels, HMKPictureOptions& options) {
+    const double width = std::max(design.xMax() - design.xMin(), 1.0f);
+    const double height = std::max(design.yMax() - design.yMin(), 1.0f);
+    const int inner = std::max(longerSidePixels - 2 * options.marginPixels, 1);
+    const int shorter =
+        static_cast<int>(std::lround(inner * std::min(width, height) / std::max(width, height))) +
+        2 * options.marginPixels;
+    options.widthPixels = width >= height ? longerSidePixels : shorter;
+    options.heightPixels = width >= height ? shorter : longerSidePixels;
 }
 
 QImage renderDesignImage(const HMKDesign& design, const HMKPictureOptions& options) {

@@ -49,6 +49,10 @@ std::optional<HMKPictureFormat> pictureFormatForPath(const std::filesystem::path
 HMKAffineTransform designPictureTransform(const HMKDesign& design,
                                           const HMKPictureOptions& options);
 
+// Sizes the picture to the design's proportions: the longer side is longerSidePixels, the
+// shorter one follows, so the design fills the picture up to the options' margins.
+void fitPictureToDesign(const HMKDesign& design, int longerSidePixels, HMKPictureOptions& options);
+
 // --- Rendering ---------------------------------------------------------------------------
 // The picture as a raster (ARGB32 premultiplied), or a null image when the size is invalid.
 QImage renderDesignImage(const HMKDesign& design, const HMKPictureOptions& options);

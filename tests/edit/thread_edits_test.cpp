@@ -3,8 +3,7 @@
 namespace {
 
 TEST(ThreadEdits, DeletingAThreadSewsItsStitchesInThePreviousThread) {
-    // The former colour change stays as a null stitch, so every position is kept; thread 0 has
-    // no previous thread and loses only its record.
+    // The former colour change stays as a null stitch, so every position is kept.
     const struct {
         std::int32_t index;
         std::vector<std::string> threads;
@@ -14,7 +13,6 @@ TEST(ThreadEdits, DeletingAThreadSewsItsStitchesInThePreviousThread) {
          {"Thread 0", "Thread 1"},
          {stitch(10, 0), stitch(10, 0), change(), stitch(0, 10), stitch(0, 10), stitch(0, 0),
           stitch(-10, 0)}},
-        {0, {"Thread 1", "Thread 2"}, threeThreads()},
     };
     for (const auto& c : cases) {
         HMKDesign design = makeDesign(threeThreads());
@@ -35,6 +33,8 @@ TEST(ThreadEdits, InvalidIndicesChangeNothingAndSucceed) {
     const Case cases[] = {
         {"delete at the count", [](HMKDesign& d) { return d.deleteThreadAtIndex(3); }},
         {"delete at -1", [](HMKDesign& d) { return d.deleteThreadAtIndex(-1); }},
+        // Thread 0 has no thread before it to be merged into.
+        {"delete at 0", [](HMKDesign& d) { return d.deleteThreadAtIndex(0); }},
         {"move from the count", [](HMKDesign& d) { return d.moveThreadFromIndex(3, 0); }},
         {"move to -1", [](HMKDesign& d) { return d.moveThreadFromIndex(0, -1); }},
         {"move onto itself", [](HMKDesign& d) { return d.moveThreadFromIndex(1, 1); }},

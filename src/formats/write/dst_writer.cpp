@@ -7,9 +7,9 @@
 #include <string>
 
 #include "formats/dst_records.h"
-#include "formats/file_io.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/writer_support.h"
+#include "formats/write/writers.h"
 #include "model/design.h"
 
 namespace {
@@ -23,7 +23,6 @@ constexpr std::size_t kDstSumFieldWidth = 6;
 constexpr int kDstMaxStitchesAndThreads = 9999999;
 constexpr int kDstMaxColorChanges = 1000;
 constexpr int kDstMaxExtent = 99999;
-constexpr int kDstVersion = 10;
 
 // A number right-aligned in a space-padded field.
 std::string rightAligned(long long value, int width) {
@@ -52,28 +51,29 @@ bool boundsEncloseOrigin(const HMKDesign& design) {
 
 }  // namespace
 
-bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    const long long stitchCount = numberOfStitches();
-    const long long threadCount = static_cast<long long>(numberOfThreads());
+std::optional<HMKEncodedDesign> encodeDstDesign(HMKDesign& design, HMKError* error) {
+    const long long stitchCount = design.numberOfStitches();
+    const long long threadCount = static_cast<long long>(design.numberOfThreads());
     if (stitchCount + threadCount >= kDstMaxStitchesAndThreads) {
-        return fail(error, 133, "Unable to export DST file (too many stitches).");
+        return refuse(error, 133, "Unable to export DST file (too many stitches).");
     }
     if (threadCount - 1 >= kDstMaxColorChanges) {
-        return fail(error, 134, "Unable to export DST file (too many color changes).");
+        return refuse(error, 134, "Unable to export DST file (too many color changes).");
     }
-    if (!boundsEncloseOrigin(*this)) {
-        return fail(error, 130, "Unable to export DST file (invalid bounderies).");
+    if (!boundsEncloseOrigin(design)) {
+        return refuse(error, 130, "Unable to export DST file (invalid bounderies).");
     }
 
-    HMKByteWriter file(kDstHeaderSize + kDstRecordSize * stitches_.size() + 4);
-    appendLine(file, "LA:", padOrCut(toAscii(nameWithoutExtension(designName_)), kDstLabelWidth));
+    HMKByteWriter file(kDstHeaderSize + kDstRecordSize * design.stitches().size() + 4);
+    appendLine(file,
+               "LA:", padOrCut(toAscii(nameWithoutExtension(design.designName())), kDstLabelWidth));
     appendLine(file, "ST:", rightAligned(stitchCount + threadCount + 1, 7));
     appendLine(file, "CO:", rightAligned(threadCount - 1, 3));
     // Truncation toward zero, as the header has always held whole units.
-    appendLine(file, "+X:", rightAligned(static_cast<long long>(xMax_), 5));
-    appendLine(file, "-X:", rightAligned(std::llabs(static_cast<long long>(xMin_)), 5));
-    appendLine(file, "+Y:", rightAligned(static_cast<long long>(yMax_), 5));
-    appendLine(file, "-Y:", rightAligned(std::llabs(static_cast<long long>(yMin_)), 5));
+    appendLine(file, "+X:", rightAligned(static_cast<long long>(design.xMax()), 5));
+    appendLine(file, "-X:", rightAligned(std::llabs(static_cast<long long>(design.xMin())), 5));
+    appendLine(file, "+Y:", rightAligned(static_cast<long long>(design.yMax()), 5));
+    appendLine(file, "-Y:", rightAligned(std::llabs(static_cast<long long>(design.yMin())), 5));
     appendLine(file, "AX:", std::string(kDstSumFieldWidth, ' '));  // filled in after the records
     appendLine(file, "AY:", std::string(kDstSumFieldWidth, ' '));
     appendLine(file, "MX:", "+    0");
@@ -86,7 +86,7 @@ bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError*
     HMKCarriedRounding roundY;
     double sumX = 0;
     double sumY = 0;
-    for (const HMKStitch& stitch : stitches_) {
+    for (const HMKStitch& stitch : design.stitches()) {
         std::array<std::uint8_t, kDstRecordSize> record{0, 0, kDstStitchKind};
         if (stitch.isColorChange) {
             record[2] = kDstColorChangeKind;
@@ -103,19 +103,11 @@ bool HMKDesign::exportDstDesignToURL(const std::filesystem::path& url, HMKError*
     file.bytes({0x00, 0x00, kDstEndRecord, kDstEndOfText});
 
     if (std::fabs(sumX) > kDstMaxExtent || std::fabs(sumY) > kDstMaxExtent) {
-        return fail(error, 132, "Unable to export DST file (AX/AY values too large).");
+        return refuse(error, 132, "Unable to export DST file (AX/AY values too large).");
     }
     file.patchText(kDstAxFieldOffset, signedField(static_cast<long long>(sumX)));
     file.patchText(kDstAyFieldOffset, signedField(static_cast<long long>(sumY)));
 
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = undefinedPlaceholderThreads(threads_.size());
-    }
-    designType_ = "DST";
-    designVersion_ = kDstVersion;
-    designHoop_.reset();
-    return true;
+    // A DST file holds no colours: the design in memory shows what it does hold.
+    return encodedFile(file, design, replaceByPlaceholders);
 }

@@ -5,11 +5,11 @@
 #include <ctime>
 
 #include "formats/escape_records.h"
-#include "formats/file_io.h"
 #include "formats/janome_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/hoop_check.h"
 #include "formats/write/writer_support.h"
+#include "formats/write/writers.h"
 #include "model/design.h"
 
 namespace {
@@ -21,7 +21,6 @@ constexpr std::int32_t kJefHeaderConstant = 10;
 // The most bytes one stitch can take: colour change, zero move, jump and move.
 constexpr std::size_t kJefMaxBytesPerStitch = 8;
 constexpr std::int32_t kJefUnknownThreadCode = 23;
-constexpr int kJefVersion = 10;
 
 // "yyyyMMddHHmmss" in the user's time zone.
 std::string localDateTimeText() {
@@ -39,10 +38,11 @@ std::int32_t absoluteTruncated(float value) {
 
 }  // namespace
 
-bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    const auto threadCount = static_cast<std::int32_t>(threads_.size());
-    HMKByteWriter file(kJefHeaderSize + 8 * threads_.size() +
-                       kJefMaxBytesPerStitch * stitches_.size() + 2);
+std::optional<HMKEncodedDesign> encodeJefDesign(HMKDesign& design, HMKError* error) {
+    const std::vector<HMKThread>& threads = design.threads();
+    const auto threadCount = static_cast<std::int32_t>(threads.size());
+    HMKByteWriter file(kJefHeaderSize + 8 * threads.size() +
+                       kJefMaxBytesPerStitch * design.stitches().size() + 2);
     file.le32(static_cast<std::int32_t>(kJefHeaderSize) + 8 * threadCount);
     file.le32(kJefHeaderConstant);
     file.text(localDateTimeText());
@@ -51,32 +51,32 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
     file.le32(0);  // record count, filled in after the stitches
 
     std::optional<HMKHoop> hoop = checkHoopForWriting(
-        *this, kJanomeVendor,
+        design, kJanomeVendor,
         {"Design exceeds the current hoop size.", "Unable to export JEF file (unsupported hoop)."},
         error);
     if (!hoop) {
-        return false;
+        return std::nullopt;
     }
     file.le32(hoop->code());
-    file.le32(absoluteTruncated(xMin_));
-    file.le32(absoluteTruncated(yMin_));
-    file.le32(absoluteTruncated(xMax_));
-    file.le32(absoluteTruncated(yMax_));
+    file.le32(absoluteTruncated(design.xMin()));
+    file.le32(absoluteTruncated(design.yMin()));
+    file.le32(absoluteTruncated(design.xMax()));
+    file.le32(absoluteTruncated(design.yMax()));
     file.repeat(0x00, 4 * kJefReservedIntegers);
 
-    HMKVendorThreads janome = convertThreadsToVendor(threads_, std::string(kJanomeVendor),
-                                                     janomeColorCodes(), kJefUnknownThreadCode);
+    HMKVendorThreads janome = convertThreadsToVendor(
+        threads, std::string(kJanomeVendor), HMKDesign::janomeColorCodes(), kJefUnknownThreadCode);
     for (std::int32_t code : janome.codes) {
         file.le32(code);
     }
-    for (const HMKThread& thread : threads_) {
+    for (const HMKThread& thread : threads) {
         file.le32(thread.tension);
     }
 
     std::int32_t records = 0;
     HMKCarriedRounding roundX;
     HMKCarriedRounding roundY;
-    for (const HMKStitch& stitch : stitches_) {
+    for (const HMKStitch& stitch : design.stitches()) {
         if (stitch.isColorChange) {
             file.bytes({kEscapeByte, kJanomeColorChange});
             ++records;
@@ -98,13 +98,6 @@ bool HMKDesign::exportJefDesignToURL(const std::filesystem::path& url, HMKError*
     file.bytes({kEscapeByte, kJanomeEnd});
     file.patchLe32(kJefRecordCountOffset, records + 1);
 
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = std::move(janome.converted);
-    }
-    designType_ = "JEF";
-    designVersion_ = kJefVersion;
-    return true;
+    // The design shows the colours the file carries.
+    return encodedFile(file, design, replacedBy(std::move(janome.converted)));
 }

@@ -25,6 +25,9 @@ constexpr int kPictureFirstColumn = 3;
 constexpr int kPictureLastColumn = 44;
 // Blank design units drawn around the design before it is scaled down.
 constexpr int kThumbnailMarginUnits = 10;
+// The largest side of the raster the design is first drawn into: files can hold designs far
+// wider than any hoop, and the picture ends up 42 pixels wide anyway.
+constexpr double kLargestRasterSide = 2048;
 // Pixels at most this bright in every channel count as ink.
 constexpr std::uint8_t kThumbnailDarkLimit = 179;
 // Rows 0 to 2; rows 35 to 37 are the same in reverse order. With the frame pixels of rows
@@ -44,16 +47,20 @@ HMKRgbaImage thumbnailPicture(const HMKDesign& design, std::int32_t thread) {
     if (!provider) {
         return picture;
     }
-    const int width = design.designWidth() + 2 * kThumbnailMarginUnits;
-    const int height = design.designHeight() + 2 * kThumbnailMarginUnits;
+    const double width = design.designWidth() + 2.0 * kThumbnailMarginUnits;
+    const double height = design.designHeight() + 2.0 * kThumbnailMarginUnits;
     const double left = design.xMin() - kThumbnailMarginUnits;
     const double bottom = design.yMin() - kThumbnailMarginUnits;
-    // One pixel per unit; the design's y grows up and the raster's rows down, as in the view.
-    HMKAffineTransform toPixels{1, 0, 0, -1, -left, bottom + height};
-    HMKRect rect{left, bottom, static_cast<double>(width), static_cast<double>(height)};
-    HMKRgbaImage full = provider->render(width, height, toPixels, [&](HMKDrawingContext& context) {
-        design.drawDesignInRect(rect, context, false, false, false, thread);
-    });
+    // One pixel per unit, except for designs too large for the raster; the design's y grows
+    // up and the raster's rows down, as in the view.
+    const double scale = std::min(1.0, kLargestRasterSide / std::max(width, height));
+    HMKAffineTransform toPixels{scale, 0, 0, -scale, -left * scale, (bottom + height) * scale};
+    HMKRect rect{left, bottom, width, height};
+    HMKRgbaImage full = provider->render(
+        static_cast<int>(std::ceil(width * scale)), static_cast<int>(std::ceil(height * scale)),
+        toPixels, [&](HMKDrawingContext& context) {
+            design.drawDesignInRect(rect, context, false, false, false, thread);
+        });
     double scaledWidth = kPictureWidth;
     double scaledHeight = height * static_cast<double>(kPictureWidth) / width;
     if (scaledHeight > kPictureHeight) {

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <utility>
 
-#include "formats/file_io.h"
 #include "formats/pec_records.h"
 #include "formats/write/byte_writer.h"
 #include "formats/write/pec_thumbnails.h"
 #include "formats/write/writer_support.h"
+#include "formats/write/writers.h"
 #include "model/design.h"
 #include "model/stitch_walk.h"
 
@@ -44,7 +44,6 @@ constexpr std::array<std::uint8_t, 4> kPecLabelMarker{0xFF, 0x00, 0x06, 0x26};
 constexpr std::array<std::uint8_t, 3> kPecGraphicsMarker{0x31, 0xFF, 0xF0};
 constexpr std::array<std::uint8_t, 4> kPecGraphicsSize{0xE0, 0x01, 0xB0, 0x01};
 constexpr std::int32_t kPecUnknownThreadCode = 16;
-constexpr int kBrotherVersion = 10;
 const std::string kBrotherPalette = "Brother";
 
 std::int32_t roundedHalfAwayFromZero(double value) {
@@ -224,8 +223,11 @@ HMKVendorThreads brotherThreads(const std::vector<HMKThread>& threads) {
                                   kPecUnknownThreadCode);
 }
 
-void appendBytes(HMKByteWriter& out, const std::vector<std::uint8_t>& bytes) {
-    for (std::uint8_t byte : bytes) {
+// The thumbnails in the colours the design will hold after the write.
+void appendThumbnails(HMKByteWriter& out, HMKDesign& design, std::vector<HMKThread>& converted,
+                      bool withThreadThumbnails) {
+    ThreadsSwap shown(design.threads(), converted, !design.useThreadFile());
+    for (std::uint8_t byte : pecThumbnails(design, withThreadThumbnails)) {
         out.byte(byte);
     }
 }
@@ -242,70 +244,45 @@ std::vector<std::uint8_t> HMKDesign::exportPecSegmentToData() {
     return out.take();
 }
 
-bool HMKDesign::exportPecDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    HMKVendorThreads brother = brotherThreads(threads_);
-    HMKByteWriter file(kPecMagic.size() + kPecHeaderSize + 32 + 4 * stitches_.size() +
+std::optional<HMKEncodedDesign> encodePecDesign(HMKDesign& design, HMKError*) {
+    HMKVendorThreads brother = brotherThreads(design.threads());
+    HMKByteWriter file(kPecMagic.size() + kPecHeaderSize + 32 + 4 * design.stitches().size() +
                        kPecThumbnailBytes);
     file.text(kPecMagic);
-    appendPecSection(file, *this, brother.codes);
-    {
-        // The thumbnail shows the colours the design will hold after the write.
-        ThreadsSwap shown(threads_, brother.converted, !useThreadFile_);
-        appendBytes(file, pecThumbnails(*this, false));
-    }
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = std::move(brother.converted);
-    }
-    designType_ = "PEC";
-    designVersion_ = kBrotherVersion;
-    designHoop_.reset();
-    return true;
+    appendPecSection(file, design, brother.codes);
+    appendThumbnails(file, design, brother.converted, false);
+    return encodedFile(file, design, replacedBy(std::move(brother.converted)));
 }
 
-bool HMKDesign::exportPesDesignToURL(const std::filesystem::path& url, HMKError* error) {
-    if (designHeight() > kPesMaxHeight || designWidth() > kPesMaxWidth) {
-        return fail(error, 200, "The design is larger than supported by PES v1.0.");
+std::optional<HMKEncodedDesign> encodePesDesign(HMKDesign& design, HMKError* error) {
+    if (design.designHeight() > kPesMaxHeight || design.designWidth() > kPesMaxWidth) {
+        return refuse(error, 200, "The design is larger than supported by PES v1.0.");
     }
-    if (xMin_ < -kPesHalfFieldWidth || xMax_ > kPesHalfFieldWidth || yMin_ < -kPesHalfFieldHeight ||
-        yMax_ > kPesHalfFieldHeight) {
-        return fail(error, 201, "The design needs to be centered.");
+    if (design.xMin() < -kPesHalfFieldWidth || design.xMax() > kPesHalfFieldWidth ||
+        design.yMin() < -kPesHalfFieldHeight || design.yMax() > kPesHalfFieldHeight) {
+        return refuse(error, 201, "The design needs to be centered.");
     }
-    if (threads_.size() > kPesMaxThreads) {
-        return fail(error, 202, "Too many colors");
+    if (design.threads().size() > kPesMaxThreads) {
+        return refuse(error, 202, "Too many colors");
     }
-    if (numberOfStitches() > kPesMaxStitches) {
-        return fail(error, 203, "Too many stitches");
+    if (design.numberOfStitches() > kPesMaxStitches) {
+        return refuse(error, 203, "Too many stitches");
     }
 
-    HMKVendorThreads brother = brotherThreads(threads_);
-    HMKByteWriter file(256 + 10 * stitches_.size() + kPecHeaderSize +
-                       kPecThumbnailBytes * (threads_.size() + 1));
+    HMKVendorThreads brother = brotherThreads(design.threads());
+    HMKByteWriter file(256 + 10 * design.stitches().size() + kPecHeaderSize +
+                       kPecThumbnailBytes * (design.threads().size() + 1));
     file.text(kPesMagic);
     file.le24(0);  // the PEC offset, filled in once the PES part is complete
     for (std::uint8_t byte : kPesHeaderTail) {
         file.byte(byte);
     }
-    appendPesDesignBlock(file, *this);
+    appendPesDesignBlock(file, design);
     file.text(kPesSegmentBlock);
-    appendPesStitchBlocks(file, stitches_, brother.codes);
+    appendPesStitchBlocks(file, design.stitches(), brother.codes);
     appendPesColorTable(file, brother.codes);
     file.patchLe24(kPesPecOffsetField, static_cast<std::uint32_t>(file.size()));
-    appendPecSection(file, *this, brother.codes);
-    {
-        ThreadsSwap shown(threads_, brother.converted, !useThreadFile_);
-        appendBytes(file, pecThumbnails(*this, true));
-    }
-    if (!writeFileAtomically(url, file.data(), error)) {
-        return false;
-    }
-    if (!useThreadFile_) {
-        threads_ = std::move(brother.converted);
-    }
-    designType_ = "PES";
-    designVersion_ = kBrotherVersion;
-    designHoop_.reset();
-    return true;
+    appendPecSection(file, design, brother.codes);
+    appendThumbnails(file, design, brother.converted, true);
+    return encodedFile(file, design, replacedBy(std::move(brother.converted)));
 }

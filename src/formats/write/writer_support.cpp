@@ -50,14 +50,11 @@ HMKVendorThreads convertThreadsToVendor(const std::vector<HMKThread>& threads,
     return result;
 }
 
-std::vector<HMKThread> undefinedPlaceholderThreads(std::size_t count) {
+void replaceByPlaceholders(std::vector<HMKThread>& threads) {
     HMKPlaceholderThreads placeholders;
-    std::vector<HMKThread> threads;
-    threads.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        threads.push_back(placeholders.thread(i));
+    for (std::size_t i = 0; i < threads.size(); ++i) {
+        threads[i] = placeholders.thread(i);
     }
-    return threads;
 }
 
 std::string nameWithoutExtension(const std::string& designName) {

@@ -1,16 +1,40 @@
-// Rules that several writers share: the carried rounding of relative moves, the conversion
-// of threads into a vendor's palette and code table, the placeholder threads of formats
-// without colours, and the one-byte label texts. Used by the writers in formats/write/.
+// Rules that several writers share: the finished file with its threads, the carried rounding
+// of relative moves, colour bytes, the conversion of threads into a vendor's palette and code
+// table, the placeholder threads of formats without colours, and the one-byte label texts.
+// Used by the writers in formats/write/.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "formats/write/byte_writer.h"
+#include "formats/write/writers.h"
+#include "model/design.h"
 #include "model/thread.h"
+
+// --- The finished file ----------------------------------------------------------------------
+// The file's bytes and, for a design that takes the threads the file holds after the write
+// (one whose threads no side file keeps), how its threads become those.
+inline HMKEncodedDesign encodedFile(HMKByteWriter& file, const HMKDesign& design,
+                                    std::function<void(std::vector<HMKThread>&)> asWritten) {
+    HMKEncodedDesign encoded{file.take(), {}};
+    if (!design.useThreadFile()) {
+        encoded.threadsAsWritten = std::move(asWritten);
+    }
+    return encoded;
+}
+
+// After a write the design takes these threads, in place of its own.
+inline std::function<void(std::vector<HMKThread>&)> replacedBy(std::vector<HMKThread> threads) {
+    return [threads = std::move(threads)](std::vector<HMKThread>& own) mutable {
+        own = std::move(threads);
+    };
+}
 
 // --- Relative moves ----------------------------------------------------------------------
 // Relative formats store whole units: each move is floored after adding what earlier moves
@@ -30,6 +54,14 @@ private:
     double carry_ = 0;
 };
 
+// --- Colours -----------------------------------------------------------------------------
+// A colour component as a byte (component x 255, truncated), clamped to 0..255 whatever the
+// component holds.
+inline std::uint8_t colorByte(double component) {
+    const double scaled = component * 255;
+    return scaled >= 255 ? 255 : scaled > 0 ? static_cast<std::uint8_t>(scaled) : 0;
+}
+
 // --- Threads -----------------------------------------------------------------------------
 // Threads as a vendor's file carries them: each converted to the vendor's palette (a copy;
 // the caller decides whether the design takes it) and the code found for its key.
@@ -45,8 +77,9 @@ HMKVendorThreads convertThreadsToVendor(const std::vector<HMKThread>& threads,
                                         const std::map<std::int32_t, std::string>& codeTable,
                                         std::int32_t fallbackCode);
 
-// The threads a colourless format stands for: keys "1" to "20", repeating, of "Undefined".
-std::vector<HMKThread> undefinedPlaceholderThreads(std::size_t count);
+// Replaces every thread by the one a colourless format stands for: keys "1" to "20",
+// repeating, of "Undefined".
+void replaceByPlaceholders(std::vector<HMKThread>& threads);
 
 // --- Label texts -------------------------------------------------------------------------
 // The design name without its last extension ("Rose.dst" -> "Rose").

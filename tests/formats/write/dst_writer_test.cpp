@@ -128,7 +128,9 @@ TEST_F(DstWriter, RefusesSumsBeyondTheAxAyField) {
 
 TEST_F(DstWriter, ChecksRecordsThenColourChangesThenBounds) {
     HMKDesign design;
-    design.setStitches(std::vector<HMKStitch>(9999998, plain(0, 0)));
+    std::vector<HMKStitch> stitches(9999998, plain(0, 0));
+    std::fill_n(stitches.begin(), 1000, change(0, 0));
+    design.setStitches(std::move(stitches));
     design.setThreads(placeholderThreads(1001));
     design.setBounds(5, 5, 10, 10);  // would be refused with 130
     // stitches + threads = records + 1 = 9999999
@@ -136,6 +138,7 @@ TEST_F(DstWriter, ChecksRecordsThenColourChangesThenBounds) {
     design.stitches().pop_back();
     expectRefusal(refusal(design), 134, "Unable to export DST file (too many color changes).");
     design.threads().pop_back();
+    design.stitches().front().isColorChange = false;
     EXPECT_EQ(refusal(design).code, 130);
 }
 

@@ -28,7 +28,7 @@ TEST_F(PcsWriter, WritesHeaderColoursAndAbsoluteRecordsOfASmallDesign) {
     Bytes expected = bytesOf({0x32, 0x02, 0x10, 0x00,  // hoop S, code 2
                               0xFF, 0x7F, 0x00, 0x00, 0x00, 0x00, 0xFF, 0x00});
     expected.resize(68, 0);
-    append(expected, bytesOf({0x03, 0x00}));  // 3 stitch records
+    append(expected, bytesOf({0x03, 0x00}));  // stitch records, colour records not counted
     append(expected, bytesOf({0, 0, 0, 0, 0, 0, 0, 0, 3}));
     // In the 80 mm hoop the origin is at 400 units, that is 240 PCS units.
     append(expected, bytesOf({0, 0xF0, 0, 0, 0, 0xF0, 0, 0, 0x00}));
@@ -63,11 +63,11 @@ TEST_F(PcsWriter, AcceptsSixteenThreadsAndFourteenThousandStitches) {
     HMKDesign design = makeDesign(stitches, std::vector<HMKThread>(16, makeThread("a", "")));
     ASSERT_EQ(design.numberOfStitches(), 14000);
     Bytes file = write(design);
-    EXPECT_EQ(file[69] * 256 + file[68], 14015);
+    EXPECT_EQ(file[69] * 256 + file[68], 14015);  // stitch records, colour records not counted
 }
 
 TEST_F(PcsWriter, RefusesSeventeenThreadsThenMoreThanFourteenThousandStitchesBeforeTheHoop) {
-    HMKDesign design = makeDesign(std::vector<HMKStitch>(20000, change(0, 0)),
+    HMKDesign design = makeDesign(std::vector<HMKStitch>(16, change(0, 0)),
                                   std::vector<HMKThread>(17, makeThread("a", "")));
     design.setBounds(-5000, -5000, 5000, 5000);  // fits no hoop
     HMKError error;
