@@ -5,6 +5,7 @@
 
 #include "formats/read/read_test_files.h"
 #include "formats/read/readers.h"
+#include "formats/write/writers.h"
 
 namespace {
 
@@ -76,6 +77,17 @@ ReadOutcome importNamed(std::string_view name, const Bytes& bytes) {
     return read;
 }
 
+// Every writable format takes the design as read: no reading leaves it off-centre or with
+// threads out of step with its colour blocks.
+void expectWritableEverywhere(const HMKDesign& design) {
+    for (std::string_view extension : {"dst", "exp", "jef", "pcs", "pes", "pec"}) {
+        HMKDesign copy = design;
+        HMKError error;
+        EXPECT_TRUE(encodeDesignForExtension(copy, extension, &error))
+            << extension << ": " << error.code << " " << error.message();
+    }
+}
+
 }  // namespace
 
 TEST(RealWorldReading, PesVersionsOfCurrentSoftwareAreReadAndUnknownOnesRefused) {
@@ -93,13 +105,13 @@ TEST(RealWorldReading, PecStartPositionFromEitherCornerOrOriginReadsCentred) {
     // The corner convention stores the first point's distance from the top-left of the
     // extents, (0, 0) here; the origin convention its offset from the centre, (-50, -30).
     // A start that fits neither (our own (w/2, h/2) for a box not centred on its origin)
-    // keeps the corner reading.
-    const std::tuple<std::string_view, Bytes, Bounds> cases[] = {
-        {"corner", {0x90, 0x00, 0x90, 0x00}, {-50, -30, 50, 30}},
-        {"origin", {0x9F, 0xCE, 0x9F, 0xE2}, {-50, -30, 50, 30}},
-        {"half size", {0x90, 0x32, 0x90, 0x1E}, {0, -60, 100, 0}},
+    // keeps the corner reading, which leaves that box off-centre as its maker drew it.
+    const std::tuple<std::string_view, Bytes, Bounds, bool> cases[] = {
+        {"corner", {0x90, 0x00, 0x90, 0x00}, {-50, -30, 50, 30}, true},
+        {"origin", {0x9F, 0xCE, 0x9F, 0xE2}, {-50, -30, 50, 30}, true},
+        {"half size", {0x90, 0x32, 0x90, 0x1E}, {0, -60, 100, 0}, false},
     };
-    for (const auto& [name, start, bounds] : cases) {
+    for (const auto& [name, start, bounds, centred] : cases) {
         const Bytes segment = boxSegment(start);
         for (const auto& read : {readWith(importPesDesignFromData, pesFile(segment)),
                                  readWith(importPecDesignFromData, pecFile(segment))}) {
@@ -107,6 +119,8 @@ TEST(RealWorldReading, PecStartPositionFromEitherCornerOrOriginReadsCentred) {
             ASSERT_TRUE(read.ok) << read.error.message();
             EXPECT_EQ(boundsOf(read.design), bounds);
             EXPECT_EQ(kindsOf(read.design.stitches()), "JSSSS");
+            if (centred)
+                expectWritableEverywhere(read.design);
         }
     }
 }
@@ -195,5 +209,21 @@ TEST(RealWorldReading, DstLastStitchWithoutEndRecordIsKept) {
         const auto read = readWith(importDstDesignFromData, file);
         ASSERT_TRUE(read.ok);
         EXPECT_EQ(read.design.stitches(), stitches);
+    }
+}
+
+TEST(RealWorldReading, JpxThreadsFollowTheColourBlocksSoTheDesignCanBeSaved) {
+    // Header colours against colour changes in the stitches: fewer get placeholders for the
+    // blocks left undescribed, more lose the colours no block reaches.
+    for (const auto& [colors, changes] : {std::pair{1u, 2u}, {4u, 1u}}) {
+        JanomeFileLayout layout{.colorCodes = std::vector<std::int32_t>(colors, 2),
+                                .tensions = std::vector<std::int32_t>(colors, 13),
+                                .stitches = {0xFF, 0xFF}};
+        for (unsigned change = 0; change < changes; ++change)
+            appendBytes(layout.stitches, {0x80, 0x01, 0x00, 0x00, 0x01, 0x01});
+        const auto read = readWith(importJpxDesignFromData, jpxFile(layout));
+        ASSERT_TRUE(read.ok) << read.error.message();
+        EXPECT_EQ(read.design.threads().size(), changes + 1);
+        expectWritableEverywhere(read.design);
     }
 }
