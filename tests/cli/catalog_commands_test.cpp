@@ -4,67 +4,30 @@
 #include "model/color_list.h"
 #include "tool_runner.h"
 
-TEST(HoopsCommand, ListsTheCatalogInItsOrder) {
-    ToolRun run = runTool({"hoops"});
-    EXPECT_EQ(run.exitCode, 0);
+// The hoop catalog is the files' data: every name, vendor, code and size, in search order.
+TEST(CatalogCommands, ListTheHoopsAndThePalettes) {
+    expectGolden(runTool({"hoops", "--json"}).out, "hoops.json");
+    const std::string hoops = runTool({"hoops"}).out;
     std::size_t position = 0;
     for (const HMKHoop& hoop : HMKDesign::hoops()) {
-        position = run.out.find(hoop.name(), position);
+        position = hoops.find(hoop.name(), position);
         EXPECT_NE(position, std::string::npos) << hoop.name();
     }
-}
+    HMKJson palettes = HMKJson::array();
+    for (const std::string& name : HMKColorList::shippedPaletteNames())
+        palettes.push_back(
+            {{"name", name}, {"threads", HMKColorList::named(name)->entries().size()}});
+    EXPECT_EQ(HMKJson::parse(runTool({"palettes", "--json"}).out), palettes);
+    const std::string names = runTool({"palettes"}).out;
+    for (const HMKJson& palette : palettes)
+        EXPECT_NE(names.find(palette["name"].get<std::string>()), std::string::npos);
 
-TEST(HoopsCommand, JsonHoldsEveryHoop) {
-    ToolRun run = runTool({"hoops", "--json"});
-    EXPECT_EQ(run.exitCode, 0);
-    HMKJson expected = HMKJson::array();
-    for (const HMKHoop& hoop : HMKDesign::hoops()) {
-        expected.push_back(hoopJson(hoop));
-    }
-    EXPECT_EQ(HMKJson::parse(run.out), expected);
-}
-
-TEST(PalettesCommand, ListsEveryInstalledPaletteWithItsThreadCount) {
-    ToolRun run = runTool({"palettes", "--json"});
-    EXPECT_EQ(run.exitCode, 0);
-    HMKJson expected = HMKJson::array();
-    for (const std::string& name : HMKColorList::shippedPaletteNames()) {
-        if (auto palette = HMKColorList::named(name)) {
-            expected.push_back({{"name", name}, {"threads", palette->entries().size()}});
-        }
-    }
-    EXPECT_EQ(HMKJson::parse(run.out), expected);
-
-    run = runTool({"palettes"});
-    EXPECT_EQ(run.exitCode, 0);
-    if (expected.empty()) {
-        EXPECT_EQ(run.out, "No thread palettes are installed.\n");
-    }
-    for (const HMKJson& palette : expected) {
-        EXPECT_NE(run.out.find(palette["name"].get<std::string>()), std::string::npos);
-    }
-}
-
-TEST(PalettesCommand, ListsTheThreadsOfOnePalette) {
-    std::vector<std::string> installed;
-    for (const std::string& name : HMKColorList::shippedPaletteNames()) {
-        if (HMKColorList::named(name))
-            installed.push_back(name);
-    }
-    if (installed.empty()) {
-        GTEST_SKIP() << "no thread palettes are installed";
-    }
-    auto palette = HMKColorList::named(installed.front());
-    ToolRun run = runTool({"palettes", installed.front(), "--json"});
-    EXPECT_EQ(run.exitCode, 0);
-    HMKJson threads = HMKJson::parse(run.out);
-    ASSERT_EQ(threads.size(), palette->entries().size());
-    EXPECT_EQ(threads[0]["key"], palette->entries()[0].first);
-    EXPECT_EQ(threads[0]["red"], palette->entries()[0].second.red());
-}
-
-TEST(PalettesCommand, UnknownPaletteFailsWithError140) {
-    ToolRun run = runTool({"palettes", "No Such Palette"});
+    const auto janome = HMKColorList::named("Janome");
+    const HMKJson threads = HMKJson::parse(runTool({"palettes", "Janome", "--json"}).out);
+    ASSERT_EQ(threads.size(), janome->entries().size());
+    EXPECT_EQ(threads[0]["key"], janome->entries()[0].first);
+    EXPECT_EQ(threads[0]["red"], janome->entries()[0].second.red());
+    const ToolRun run = runTool({"palettes", "No Such Palette"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.err,
               "hemlark: error 140: " + makeError(140, "color palette not found").message() + "\n");

@@ -1,14 +1,11 @@
-// Runs the built hemlark tool as a subprocess and gives each test its own scratch folder
-// holding copies of the bundled samples.
+// Runs the built hemlark tool as a subprocess, and gives each tool test a scratch folder for
+// copies of the bundled samples and for what the tool writes.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <sys/wait.h>
 
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "model/design.h"
+#include "platform/qt_raster_provider.h"
+#include "support/test_support.h"
 
 struct ToolRun {
     int exitCode = -1;
@@ -16,21 +13,49 @@ struct ToolRun {
     std::string err;
 };
 
-// hemlark with these arguments (no shell expansion happens).
-ToolRun runTool(const std::vector<std::string>& arguments);
+inline std::string readText(const std::filesystem::path& file) {
+    const Bytes bytes = readWholeFile(file).value_or(Bytes{});
+    return std::string(bytes.begin(), bytes.end());
+}
 
-std::string readText(const std::filesystem::path& file);
+// hemlark with these arguments (no shell expansion happens).
+inline ToolRun runTool(const std::vector<std::string>& arguments) {
+    const auto quoted = [](const std::string& text) {
+        std::string quoted = "'";
+        for (char c : text)
+            quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        return quoted + "'";
+    };
+    ScratchFolder output;
+    std::string command = quoted(HEMLARK_TOOL);
+    for (const std::string& argument : arguments)
+        command += " " + quoted(argument);
+    command += " >" + quoted(output.file("out")) + " 2>" + quoted(output.file("err"));
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(output.file("out")),
+            readText(output.file("err"))};
+}
 
 // The design read directly, as the tool reads it (the test fails if it cannot be read).
-HMKDesign imported(const std::filesystem::path& file);
+inline HMKDesign imported(const std::filesystem::path& file) {
+    HMKDesign design;
+    HMKError error;
+    EXPECT_TRUE(design.importDesignFromURL(file, &error)) << error.message();
+    return design;
+}
 
 class ToolTest : public ::testing::Test {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    // The tool draws PES and PEC thumbnails with Qt; exports made here must do the same.
+    void SetUp() override { installQtRasterProvider(); }
 
-    // A copy of samples/name in the scratch folder (the test fails if the sample is missing).
-    std::filesystem::path sample(const std::string& name);
+    // A copy of samples/name in the scratch folder.
+    std::filesystem::path sample(const std::string& name) {
+        std::filesystem::copy_file(std::filesystem::path(HEMLARK_SAMPLES_DIR) / name,
+                                   folder.file(name));
+        return folder.file(name);
+    }
+    std::string path(std::string_view name) const { return folder.file(name).string(); }
 
-    std::filesystem::path folder_;
+    ScratchFolder folder;
 };

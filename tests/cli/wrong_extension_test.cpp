@@ -9,7 +9,7 @@ namespace {
 class WrongExtension : public ToolTest {};
 
 TEST_F(WrongExtension, InfoSaysTheFileHoldsAnotherFormat) {
-    const auto file = folder_ / "flower.pec";
+    const auto file = folder.file("flower.pec");
     std::filesystem::rename(sample("flower.pes"), file);
     const std::string note = "The file holds a PES design; its extension names another format.\n";
     ToolRun run = runTool({"info", file.string()});

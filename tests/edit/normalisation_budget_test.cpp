@@ -1,9 +1,9 @@
 // optimizeJumpsFor cuts long moves into pieces the format can hold. A design that would need
 // far more pieces than the format can hold, or than a small multiple of its own size, is
 // refused before anything is cut or allocated, and stays exactly as it was.
-#include "edit/edit_test_support.h"
-
 #include <cmath>
+
+#include "support/test_support.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ TEST(NormalisationBudget, RefusesDesignsWhoseMovesWouldNeedTooManyPiecesAndKeeps
         {"a move that is no number", {stitch(1, 1), stitch(0, NAN)}, "KSM", false},
     };
     for (const Case& c : cases) {
-        HMKDesign design = makeDesign(c.stitches, c.type);
+        HMKDesign design = makeDesign(c.stitches, {}, c.type);
         const HMKDesign original = design;
         EXPECT_EQ(design.optimizeJumpsFor(c.type), c.normalised) << c.behaviour;
         if (!c.normalised) {

@@ -46,6 +46,7 @@ TEST(Units, ParsesTypedText) {
              Case{"-1/2\"", Unit::millimetres, -12.7},
              Case{"1/", Unit::fractionalInches, 25.4},
              Case{"", Unit::fractionalInches, 0},
+             Case{" 1 1/2\"", Unit::millimetres, 38.1},
          }) {
         EXPECT_NEAR(HMKValueTransformer::reverseTransformedValue(text, unit), mm, 1e-9) << text;
     }

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdint>
 
 #include "platform/qt_raster_provider.h"
 
@@ -13,71 +12,38 @@ std::array<int, 4> rgba(const HMKRgbaImage& image, int x, int y) {
     return {p[0], p[1], p[2], p[3]};
 }
 
-void fillSquare(HMKDrawingContext& context, const HMKRgba& color) {
-    context.setFillColor(color);
-    context.addRect(0, 0, 1, 1);
-    context.fillPath();
-}
+}  // namespace
 
-TEST(QtRasterProvider, RendersStraightRgbaWithTheTransformApplied) {
-    HMKQtRasterProvider provider;
+TEST(QtRasterProvider, RendersStraightRgbaWithTheTransformAndScalesWithoutDarkeningEdges) {
+    installQtRasterProvider();
+    HMKRasterProvider& provider = *rasterProvider();
     // Two pixels per unit, shifted one pixel right.
-    HMKAffineTransform transform{2, 0, 0, 2, 1, 0};
-    HMKRgbaImage image = provider.render(4, 4, transform, [](HMKDrawingContext& context) {
-        fillSquare(context, {1, 0, 0, 0.5});
-    });
-    ASSERT_EQ(image.width, 4);
-    ASSERT_EQ(image.height, 4);
+    const HMKRgbaImage image =
+        provider.render(4, 4, {2, 0, 0, 2, 1, 0}, [](HMKDrawingContext& context) {
+            context.setFillColor({1, 0, 0, 0.5});
+            context.addRect(0, 0, 1, 1);
+            context.fillPath();
+        });
     ASSERT_EQ(image.rgba.size(), 64u);
-    EXPECT_EQ(rgba(image, 0, 0), (std::array<int, 4>{0, 0, 0, 0}));
+    ASSERT_EQ(image.width, 4);
     // Not premultiplied: half-transparent red keeps its full red.
+    EXPECT_EQ(rgba(image, 0, 0), (std::array<int, 4>{0, 0, 0, 0}));
     EXPECT_EQ(rgba(image, 1, 0), (std::array<int, 4>{255, 0, 0, 128}));
     EXPECT_EQ(rgba(image, 2, 1), (std::array<int, 4>{255, 0, 0, 128}));
     EXPECT_EQ(rgba(image, 3, 0)[3], 0);
     EXPECT_EQ(rgba(image, 1, 2)[3], 0);
-}
 
-TEST(QtRasterProvider, NonPositiveSizesGiveAnEmptyImage) {
-    HMKQtRasterProvider provider;
-    auto draw = [](HMKDrawingContext&) {};
-    EXPECT_EQ(provider.render(0, 5, {}, draw).width, 0);
-    EXPECT_TRUE(provider.render(5, -1, {}, draw).rgba.empty());
-    HMKRgbaImage source = provider.render(2, 2, {}, draw);
-    EXPECT_TRUE(provider.scaled(source, 0, 3).rgba.empty());
-}
-
-TEST(QtRasterProvider, ScalingAveragesWithoutDarkeningTransparentEdges) {
-    HMKQtRasterProvider provider;
-    HMKRgbaImage source{2, 1, {255, 0, 0, 255, 0, 0, 0, 0}};
-    HMKRgbaImage scaled = provider.scaled(source, 1, 1);
-    ASSERT_EQ(scaled.width, 1);
-    ASSERT_EQ(scaled.height, 1);
-    std::array<int, 4> pixel = rgba(scaled, 0, 0);
-    EXPECT_EQ(pixel[0], 255);
-    EXPECT_EQ(pixel[1], 0);
-    EXPECT_NEAR(pixel[3], 128, 1);
-}
-
-TEST(QtRasterProvider, ScalingUpKeepsAUniformColour) {
-    HMKQtRasterProvider provider;
-    HMKRgbaImage source{1, 1, {10, 200, 30, 255}};
-    HMKRgbaImage scaled = provider.scaled(source, 3, 2);
-    ASSERT_EQ(scaled.rgba.size(), 24u);
-    for (int y = 0; y < 2; ++y) {
-        for (int x = 0; x < 3; ++x) {
-            EXPECT_EQ(rgba(scaled, x, y), (std::array<int, 4>{10, 200, 30, 255}));
-        }
+    const HMKRgbaImage half = provider.scaled({2, 1, {255, 0, 0, 255, 0, 0, 0, 0}}, 1, 1);
+    ASSERT_EQ(half.rgba.size(), 4u);
+    EXPECT_EQ(rgba(half, 0, 0)[0], 255);
+    EXPECT_NEAR(rgba(half, 0, 0)[3], 128, 1);
+    const HMKRgbaImage larger = provider.scaled({1, 1, {10, 200, 30, 255}}, 3, 2);
+    ASSERT_EQ(larger.rgba.size(), 24u);
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(rgba(larger, i % 3, i / 3), (std::array<int, 4>{10, 200, 30, 255}));
     }
+    // Non-positive sizes give an empty image.
+    EXPECT_TRUE(provider.render(0, 5, {}, [](HMKDrawingContext&) {}).rgba.empty());
+    EXPECT_TRUE(provider.render(5, -1, {}, [](HMKDrawingContext&) {}).rgba.empty());
+    EXPECT_TRUE(provider.scaled(image, 0, 3).rgba.empty());
 }
-
-TEST(QtRasterProvider, InstallingMakesItTheCoresProvider) {
-    installQtRasterProvider();
-    std::shared_ptr<HMKRasterProvider> provider = rasterProvider();
-    ASSERT_NE(provider, nullptr);
-    HMKRgbaImage image = provider->render(2, 2, {}, [](HMKDrawingContext& context) {
-        fillSquare(context, {0, 0, 1, 1});
-    });
-    EXPECT_EQ(rgba(image, 0, 0), (std::array<int, 4>{0, 0, 255, 255}));
-}
-
-}  // namespace

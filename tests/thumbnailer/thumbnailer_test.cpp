@@ -128,7 +128,8 @@ TEST_F(ThumbnailerTest, EverySampleGivesAPictureOfTheRequestedSizeInItsThreadCol
     }
 }
 
-TEST_F(ThumbnailerTest, BadFilesAndCommandLinesGiveNoPictureWithinASecond) {
+// The deadline only catches a hang, with room for a loaded machine: a refusal is immediate.
+TEST_F(ThumbnailerTest, BadFilesAndCommandLinesGiveNoPicture) {
     const QString output = text(folder_ / "thumbnail.png");
     auto thumbnailOf = [&](const fs::path& input) {
         return QStringList{QStringLiteral("-s"), QStringLiteral("128"), text(input), output};
@@ -168,7 +169,7 @@ TEST_F(ThumbnailerTest, BadFilesAndCommandLinesGiveNoPictureWithinASecond) {
 
     for (const auto& [name, arguments] : cases) {
         SCOPED_TRACE(name);
-        EXPECT_GT(runThumbnailer(arguments, 1000), 0);
+        EXPECT_GT(runThumbnailer(arguments, 20'000), 0);
         EXPECT_FALSE(QFile::exists(output));
         QFile::remove(output);
     }

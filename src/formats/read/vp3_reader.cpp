@@ -199,10 +199,11 @@ void moveToSectionStart(const HMKByteReader& reader, std::size_t section,
     // Inside the minimum section size the caller checked.
     const double startX =
         reader.s32be(section + kVp3SectionStartOffset).value_or(0) / kVp3StartUnitsPerDesignUnit;
-    // Negated as a double: the most negative 32-bit value has no positive counterpart.
+    // Negated as a double: the most negative 32-bit value has no positive counterpart. A start
+    // at zero stays +0: a -0 would reach the design as a move of -0.
+    const std::int32_t fileY = reader.s32be(section + kVp3SectionStartOffset + 4).value_or(0);
     const double startY =
-        -static_cast<double>(reader.s32be(section + kVp3SectionStartOffset + 4).value_or(0)) /
-        kVp3StartUnitsPerDesignUnit;
+        fileY == 0 ? 0.0 : -static_cast<double>(fileY) / kVp3StartUnitsPerDesignUnit;
     const auto dx = static_cast<float>(startX - appender.x());
     const auto dy = static_cast<float>(startY - appender.y());
     if (dx != 0 || dy != 0) {

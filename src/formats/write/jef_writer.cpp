@@ -22,14 +22,11 @@ constexpr std::int32_t kJefHeaderConstant = 10;
 constexpr std::size_t kJefMaxBytesPerStitch = 8;
 constexpr std::int32_t kJefUnknownThreadCode = 23;
 
-// "yyyyMMddHHmmss" in the user's time zone.
-std::string localDateTimeText() {
-    std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char text[15];
-    std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &local);
-    return text;
+// "yyyyMMddHHmmss", kept at its 14 characters whatever year a clock gives.
+std::string dateTimeText(const std::tm& calendar) {
+    char text[32];
+    const std::size_t length = std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &calendar);
+    return padOrCut(std::string(text, length), 14);
 }
 
 std::int32_t absoluteTruncated(float value) {
@@ -45,7 +42,7 @@ std::optional<HMKEncodedDesign> encodeJefDesign(HMKDesign& design, HMKError* err
                        kJefMaxBytesPerStitch * design.stitches().size() + 2);
     file.le32(static_cast<std::int32_t>(kJefHeaderSize) + 8 * threadCount);
     file.le32(kJefHeaderConstant);
-    file.text(localDateTimeText());
+    file.text(dateTimeText(timeOfWriting()));
     file.bytes({0x00, 0x00});
     file.le32(threadCount);
     file.le32(0);  // record count, filled in after the stitches

@@ -1,5 +1,9 @@
 #include "formats/write/writer_support.h"
 
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
 #include "model/placeholder_threads.h"
 
 namespace {
@@ -23,7 +27,40 @@ std::string toSingleByte(std::string_view utf8, char32_t limit) {
     return result;
 }
 
+// Now, unless the environment asks for a fixed moment for reproducible output.
+std::tm defaultTimeOfWriting() {
+    std::tm calendar{};
+    const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
+    std::time_t seconds = 0;
+    if (epoch != nullptr) {
+        const char* end = epoch + std::strlen(epoch);
+        const auto [stop, problem] = std::from_chars(epoch, end, seconds);
+        // Up to the last second of year 9999, which four-digit years can still write.
+        constexpr std::time_t kLastWritableSecond = 253402300799;
+        if (problem == std::errc() && stop == end && seconds >= 0 &&
+            seconds <= kLastWritableSecond && gmtime_r(&seconds, &calendar) != nullptr) {
+            return calendar;
+        }
+    }
+    seconds = std::time(nullptr);
+    localtime_r(&seconds, &calendar);
+    return calendar;
+}
+
+HMKWriterClock& writerClock() {
+    static HMKWriterClock clock;
+    return clock;
+}
+
 }  // namespace
+
+void setWriterClock(HMKWriterClock clock) {
+    writerClock() = std::move(clock);
+}
+
+std::tm timeOfWriting() {
+    return writerClock() ? writerClock()() : defaultTimeOfWriting();
+}
 
 HMKVendorThreads convertThreadsToVendor(const std::vector<HMKThread>& threads,
                                         const std::string& palette,

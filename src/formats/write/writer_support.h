@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <string>
@@ -80,6 +81,15 @@ HMKVendorThreads convertThreadsToVendor(const std::vector<HMKThread>& threads,
 // Replaces every thread by the one a colourless format stands for: keys "1" to "20",
 // repeating, of "Undefined".
 void replaceByPlaceholders(std::vector<HMKThread>& threads);
+
+// --- Time of writing ---------------------------------------------------------------------
+// The calendar time a header's date records. By default it is now in the user's time zone,
+// or, when SOURCE_DATE_EPOCH holds seconds since 1970, that moment in UTC, so that the same
+// design always converts to the same bytes. Tests set a fixed clock; an empty one restores the
+// default.
+using HMKWriterClock = std::function<std::tm()>;
+void setWriterClock(HMKWriterClock clock);
+std::tm timeOfWriting();
 
 // --- Label texts -------------------------------------------------------------------------
 // The design name without its last extension ("Rose.dst" -> "Rose").

@@ -1,217 +1,107 @@
-#include <gtest/gtest.h>
+// JEF and JPX files made byte by byte, and what the readers make of them against
+// tests/golden/read-jef-jpx.txt.
+#include <functional>
 
-#include "formats/read/read_test_files.h"
 #include "formats/read/readers.h"
+#include "support/test_support.h"
 
 namespace {
-
-ReadOutcome readJef(const Bytes& bytes, std::string_view extension = "jef") {
-    return readWith(
-        [&](HMKDesign& design, const Bytes& data, HMKError* error) {
-            return importJefDesignFromData(design, data, extension, error);
-        },
-        bytes);
-}
-
-ReadOutcome readJpx(const Bytes& bytes) {
-    return readWith(importJpxDesignFromData, bytes);
-}
 
 // A code missing from the Janome table.
 constexpr std::int32_t kUnknownCode = 79;
 
-// Header colours with tensions 10, 11, ..., and stitches with the given number of colour
-// changes.
-JanomeFileLayout layoutWithColorChanges(std::size_t headerColors, std::size_t colorChanges) {
-    JanomeFileLayout layout;
-    layout.colorCodes.assign(headerColors, kUnknownCode);
-    layout.tensions.clear();
-    for (std::size_t i = 0; i < headerColors; ++i)
-        layout.tensions.push_back(10 + int(i));
-    layout.stitches = {0x01, 0x01};
-    for (std::size_t i = 0; i < colorChanges; ++i)
-        appendBytes(layout.stitches, {0x80, 0x01, 0, 0});
-    appendBytes(layout.stitches, {0x80, 0x10});
-    return layout;
+struct JanomeFileLayout {
+    std::size_t colors = 1;  // all kUnknownCode unless codes are given, tensions 10, 11, ...
+    std::size_t colorChanges = 0;
+    std::vector<std::int32_t> codes = {};
+    std::int8_t version = 1;
+    std::int32_t hoopCode = 0;
+    Bytes stitches = {};  // default: (1, 1), the colour changes, the end record
+};
+
+// Stitch offset at 0 and version at 4 in both; JEF keeps the colour count at 24, the hoop at 32
+// and the codes (then tensions) at 116, JPX at 32, 40 and 60, with stitch data from byte 120 on.
+Bytes janomeFile(const JanomeFileLayout& layout, bool jpx = false) {
+    const std::size_t codesAt = jpx ? 60 : 116;
+    DesignBytes bytes;
+    bytes.padTo(std::max<std::size_t>(jpx ? 120 : 0, codesAt + 8 * layout.colors));
+    bytes.putLe(0, static_cast<std::int64_t>(bytes.size())).putLe(4, layout.version, 1);
+    bytes.putLe(jpx ? 32 : 24, static_cast<std::int64_t>(layout.colors));
+    bytes.putLe(jpx ? 40 : 32, layout.hoopCode);
+    for (std::size_t i = 0; i < layout.colors; ++i) {
+        bytes.putLe(codesAt + 4 * i, i < layout.codes.size() ? layout.codes[i] : kUnknownCode);
+        bytes.putLe(codesAt + 4 * (layout.colors + i), 10 + static_cast<std::int64_t>(i));
+    }
+    if (!layout.stitches.empty())
+        return bytes.bytes(layout.stitches);
+    bytes.bytes({0x01, 0x01});
+    return bytes.repeat({0x80, 0x01, 0, 0}, static_cast<int>(layout.colorChanges))
+        .bytes({0x80, 0x10});
 }
 
-// One colour and the given stitch data.
-JanomeFileLayout layoutWithStitches(Bytes stitches) {
-    JanomeFileLayout layout = layoutWithColorChanges(1, 0);
-    layout.stitches = std::move(stitches);
-    return layout;
+Bytes patched(const Bytes& bytes, std::size_t offset, std::int32_t value) {
+    return DesignBytes().bytes(bytes).putLe(offset, value);
 }
 
 }  // namespace
 
-TEST(JefReader, DecodesTheStitchEncoding) {
-    const std::pair<Bytes, Stitches> cases[] = {
-        {{0x05, 0xFB}, {plain(5, -5)}},
-        {{0x7F, 0x81}, {plain(127, -127)}},
-        {{0x80, 0x01, 0x02, 0xFD}, {change(2, -3)}},
-        {{0x80, 0x02, 0x80, 0x7F}, {jump(-128, 127)}},
-        {{0x80, 0x04, 0x01, 0x01}, {jump(1, 1)}},
-        // Unknown control codes are zero stitches and reading resumes two bytes later.
-        {{0x80, 0x03, 0x01, 0x02}, {plain(0, 0), plain(1, 2)}},
-        {{0x80, 0x10, 0x01, 0x02}, {}},
-        {{0x03, 0x04, 0x05}, {plain(3, 4)}},  // a lone final byte is not read
-        {{0x80, 0x02, 0x05}, {}},             // a cut-off control record ends reading
+TEST(JefReader, ReadsWhatTheGoldenFileRecords) {
+    using Reader = std::function<bool(HMKDesign&, std::span<const std::uint8_t>, HMKError*)>;
+    const auto jef = [](std::string_view extension) -> Reader {
+        return [=](HMKDesign& design, std::span<const std::uint8_t> bytes, HMKError* error) {
+            return importJefDesignFromData(design, bytes, extension, error);
+        };
     };
-    for (const auto& [record, stitches] : cases) {
-        SCOPED_TRACE(testing::PrintToString(record));
-        // The first colour change leads the two colours' blocks in.
-        JanomeFileLayout layout = layoutWithColorChanges(2, 1);
-        layout.stitches = {0x80, 0x01, 0x00, 0x00};
-        layout.stitches.insert(layout.stitches.end(), record.begin(), record.end());
-        const auto read = readJef(jefFile(layout));
-        ASSERT_TRUE(read.ok) << read.error.message();
-        Stitches expected = {change(0, 0)};
-        expected.insert(expected.end(), stitches.begin(), stitches.end());
-        EXPECT_EQ(read.design.stitches(), expected);
-    }
-}
-
-TEST(JefReader, SetsTypeVersionHoopThreadsAndTensions) {
-    JanomeFileLayout layout = layoutWithColorChanges(2, 1);
-    layout.version = 7;
-    layout.hoopCode = 4;
-    const auto read = readJef(jefFile(layout));
-    ASSERT_TRUE(read.ok) << read.error.message();
-    EXPECT_EQ(read.design.designType(), "JEF");
-    EXPECT_EQ(read.design.designVersion(), 7);
-    ASSERT_TRUE(read.design.designHoop());
-    EXPECT_EQ(read.design.designHoop()->name(), "SQ");
-    ASSERT_EQ(read.design.threads().size(), 2u);
-    EXPECT_EQ(read.design.threads()[0].tension, 10);
-    EXPECT_EQ(read.design.threads()[1].tension, 11);
-}
-
-TEST(JefReader, ExtensionDecidesTypeAndVersion) {
-    const Bytes bytes = jefFile(layoutWithColorChanges(1, 0));  // version 1
-    const std::tuple<std::string_view, std::string_view, std::int32_t> cases[] = {
-        {"jef", "JEF", 1}, {"jef+", "JEF+", 10}, {"jefx", "?", 0}};
-    for (const auto& [extension, type, version] : cases) {
-        const auto read = readJef(bytes, extension);
-        EXPECT_EQ(read.design.designType(), type);
-        EXPECT_EQ(read.design.designVersion(), version);
-    }
-    ScratchFolder folder;
-    HMKDesign design;
-    ASSERT_TRUE(design.importJefDesignFromURL(folder.write("x.JEF+", bytes)));
-    EXPECT_EQ(design.designType(), "JEF+");
-    EXPECT_EQ(design.designVersion(), 10);
-}
-
-TEST(JefReader, HeaderFailures) {
-    const std::string noColorCodes = "Unable to import JEF file (no color codes).";
-    Bytes hugeColorTable = jefFile(layoutWithColorChanges(3, 2));
-    putLe(hugeColorTable, 24, 0x7FFFFFFF);
+    const Reader jpx = importJpxDesignFromData;
+    // Two colours, the first colour change leading their blocks in, then the records.
+    const auto records = [](Bytes records) {
+        records.insert(records.begin(), {0x80, 0x01, 0x00, 0x00});
+        return janomeFile({.colors = 2, .stitches = records});
+    };
+    const auto header =
+        janomeFile({.colors = 3, .colorChanges = 4, .codes = {1, 78}, .version = 7, .hoopCode = 4});
     // Four colours: the length check asks for 136 bytes, the tensions end at 148.
-    JanomeFileLayout noTensions = layoutWithColorChanges(4, 3);
-    noTensions.tensions.clear();
-    noTensions.stitches.clear();
-    Bytes missingTensions = jefFile(noTensions);
-    missingTensions.resize(140, 0);
-    putLe(missingTensions, 0, 120);
-    std::vector<std::tuple<std::string, Bytes, int, std::string>> cases = {
-        {"51 bytes", Bytes(51, 0), 20, "Unable to import JEF file (no meta data)."},
-        {"no bytes", {}, 20, "Unable to import JEF file (no meta data)."},
-        {"52 bytes", Bytes(52, 0), 21, noColorCodes},
-        {"colour table beyond the file", hugeColorTable, 21, noColorCodes},
-        {"missing tensions", missingTensions, 21, noColorCodes},
+    auto missingTensions =
+        DesignBytes().bytes(patched(janomeFile({.colors = 4, .stitches = {0}}), 0, 120));
+    const std::tuple<std::string, Reader, Bytes> cases[] = {
+        {"stitches, a colour change, jumps and moves", jef("jef"),
+         records({0x05, 0xFB, 0x7F, 0x81, 0x80, 0x01, 0x02, 0xFD, 0x80, 0x02, 0x80, 0x7F, 0x80,
+                  0x04, 0x01, 0x01})},
+        {"unknown control codes are zero stitches, reading resumes two bytes later", jef("jef"),
+         records({0x80, 0x03, 0x01, 0x02})},
+        {"the end record", jef("jef"), records({0x80, 0x10, 0x01, 0x02})},
+        {"a lone final byte is not read", jef("jef"), records({0x03, 0x04, 0x05})},
+        {"a cut-off control record ends reading", jef("jef"), records({0x80, 0x02, 0x05})},
+        {"bounds from every record", jef("jef"),
+         janomeFile({.stitches = {0x0A, 0x05, 0x80, 0x02, 0xEC, 0, 0x80, 0x10}})},
+        // Codes through the Janome table, an unknown one thread 220; undescribed blocks get
+        // recoloured copies of the last thread.
+        {"the header: JEF", jef("jef"), header},
+        {"the header: JEF+", jef("jef+"), header},
+        {"the header: another extension", jef("jefx"), header},
+        {"51 bytes", jef("jef"), Bytes(51, 0)},
+        {"52 bytes", jef("jef"), Bytes(52, 0)},
+        {"a colour table beyond the file", jef("jef"),
+         patched(janomeFile({.colors = 3}), 24, 0x7FFFFFFF)},
+        {"missing tensions", jef("jef"), missingTensions.truncate(140)},
+        {"stitch offset -1", jef("jef"), patched(janomeFile({}), 0, -1)},
+        {"stitch offset beyond 2 GiB", jef("jef"), patched(janomeFile({}), 0, 0x7FFFFFFF)},
+        {"stitch offset beyond the file", jef("jef"), patched(janomeFile({}), 0, 10000)},
+        {"more header colours than blocks", jef("jef"),
+         janomeFile({.colors = 5, .colorChanges = 1})},
+        {"no colours", jef("jef"), janomeFile({.colors = 0})},
+        {"no colours to copy", jef("jef"), janomeFile({.colors = 0, .colorChanges = 2})},
+        {"JPX: its own layout, a colour mismatch accepted and its threads cut to the blocks", jpx,
+         janomeFile({.colors = 5, .colorChanges = 1, .version = 2, .hoopCode = 1}, true)},
+        {"JPX: a truncated control record ends the design", jpx,
+         janomeFile({.stitches = {1, 2, 0x80, 1}}, true)},
+        {"JPX: 119 bytes", jpx, Bytes(119, 0)},
+        {"JPX: 120 bytes", jpx, Bytes(120, 0)},
+        {"JPX: a colour table beyond the file", jpx, patched(janomeFile({}, true), 32, 100)},
+        {"JPX: stitch offset -4", jpx, patched(janomeFile({}, true), 0, -4)},
     };
-    for (std::int32_t offset : {-1, -100, 0x7FFFFFFF, 10000}) {
-        Bytes bytes = jefFile(layoutWithColorChanges(1, 0));
-        putLe(bytes, 0, offset);
-        cases.emplace_back("stitch offset " + std::to_string(offset), bytes, 23,
-                           "Unable to import JEF file (invalid offset).");
-    }
-    for (const auto& [name, bytes, code, text] : cases) {
-        SCOPED_TRACE(name);
-        const auto read = readJef(bytes);
-        expectFailure(read, code, text);
-    }
-}
-
-TEST(JefReader, ColourCodesGoThroughTheJanomeTableAndUnknownOnesBecomeThread220) {
-    JanomeFileLayout layout = layoutWithColorChanges(3, 2);
-    layout.colorCodes = {1, 78, kUnknownCode};
-    const auto read = readJef(jefFile(layout));
-    ASSERT_TRUE(read.ok);
-    ASSERT_EQ(read.design.threads().size(), 3u);
-    EXPECT_EQ(read.design.threads()[0].key, "002");
-    EXPECT_EQ(read.design.threads()[1].key, "224");
-    HMKThread expected = HMKThread::fromPaletteKey("220", "Janome");
-    expected.tension = 12;
-    EXPECT_EQ(read.design.threads()[2], expected);
-}
-
-TEST(JefReader, UndescribedBlocksGetRecolouredCopiesOfTheLastThread) {
-    const auto read = readJef(jefFile(layoutWithColorChanges(3, 4)));
-    ASSERT_TRUE(read.ok) << read.error.message();
-    ASSERT_EQ(read.design.threads().size(), 5u);
-    HMKThread expected = read.design.threads()[2];
-    expected.changeToColor(HMKColor(0.5, 0.6, 0.6), "Janome");
-    EXPECT_EQ(read.design.threads()[3], expected);
-    EXPECT_EQ(read.design.threads()[4], expected);
-}
-
-TEST(JefReader, MoreHeaderColoursThanBlocksOrNoneToCopyFails) {
-    for (auto [headerColors, colorChanges] : {std::pair{5, 1}, {0, 0}, {0, 2}}) {
-        SCOPED_TRACE(testing::Message()
-                     << headerColors << " colours, " << colorChanges << " changes");
-        const auto read = readJef(jefFile(layoutWithColorChanges(headerColors, colorChanges)));
-        expectFailure(read, 24, "Unable to import JEF file (color changes).");
-        EXPECT_EQ(read.design.threads().size(), std::size_t(headerColors));
-        EXPECT_EQ(read.design.stitches().size(), std::size_t(colorChanges + 1));
-    }
-}
-
-TEST(JefReader, BoundsFollowTheRunningPosition) {
-    const auto read =
-        readJef(jefFile(layoutWithStitches({0x0A, 0x05, 0x80, 0x02, 0xEC, 0x00, 0x80, 0x10})));
-    ASSERT_TRUE(read.ok);
-    EXPECT_EQ(boundsOf(read.design), (Bounds{-10, 5, 10, 5}));
-}
-
-TEST(JpxReader, ReadsItsOwnHeaderLayoutAndAcceptsAColourMismatch) {
-    JanomeFileLayout layout = layoutWithColorChanges(2, 1);
-    layout.version = 2;
-    layout.hoopCode = 1;
-    const auto read = readJpx(jpxFile(layout));
-    ASSERT_TRUE(read.ok) << read.error.message();
-    EXPECT_EQ(read.design.designType(), "JPX");
-    EXPECT_EQ(read.design.designVersion(), 20);
-    ASSERT_TRUE(read.design.designHoop());
-    EXPECT_EQ(read.design.designHoop()->name(), "C/FA/M3");
-    ASSERT_EQ(read.design.threads().size(), 2u);
-    EXPECT_EQ(read.design.threads()[1].tension, 11);
-    EXPECT_EQ(read.design.stitches().size(), 2u);
-
-    const auto mismatch = readJpx(jpxFile(layoutWithColorChanges(5, 1)));
-    ASSERT_TRUE(mismatch.ok);
-    EXPECT_EQ(mismatch.design.threads().size(), 2u);  // one per block
-}
-
-TEST(JpxReader, HeaderFailures) {
-    Bytes shortColorTable = jpxFile(layoutWithColorChanges(1, 0));
-    putLe(shortColorTable, 32, 100);
-    Bytes badOffset = jpxFile(layoutWithColorChanges(1, 0));
-    putLe(badOffset, 0, -4);
-    const std::tuple<Bytes, int, std::string_view> cases[] = {
-        {Bytes(119, 0), 210, "Unable to import JPX file (no meta data)."},
-        {shortColorTable, 211, "Unable to import JPX file (no color codes)."},
-        {badOffset, 212, "Unable to import JPX file (invalid offset)."},
-    };
-    for (const auto& [bytes, code, text] : cases) {
-        const auto read = readJpx(bytes);
-        expectFailure(read, code, text);
-        EXPECT_EQ(read.design.designType(), "JPX");
-    }
-}
-
-TEST(JpxReader, TruncatedControlRecordIsSuccess) {
-    const auto read = readJpx(jpxFile(layoutWithStitches({0x01, 0x02, 0x80, 0x01})));
-    ASSERT_TRUE(read.ok);
-    EXPECT_EQ(read.design.stitches(), Stitches{plain(1, 2)});
+    std::string trace;
+    for (const auto& [name, reader, bytes] : cases)
+        trace += "# " + name + "\n" + describe(readWith(reader, bytes));
+    expectGolden(trace, "read-jef-jpx.txt");
 }

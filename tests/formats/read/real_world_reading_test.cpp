@@ -3,24 +3,18 @@
 // structure, and read the way its maker meant it.
 #include <gtest/gtest.h>
 
-#include "formats/read/read_test_files.h"
 #include "formats/read/readers.h"
 #include "formats/write/writers.h"
+#include "support/test_support.h"
 
 namespace {
 
 // A PEC section's bytes after "LA:": one colour, the stated extents, then the start position
 // and stitch records (end byte included), which end where the thumbnails would begin.
 Bytes pecSegment(std::int16_t width, std::int16_t height, const Bytes& startAndStitches) {
-    Bytes bytes(525, 0x20);
-    bytes[45] = 0;
-    bytes[46] = 1;
-    std::fill(bytes.begin() + 509, bytes.end(), 0);
-    putLe(bytes, 517, width, 2);
-    putLe(bytes, 519, height, 2);
-    bytes.insert(bytes.end(), startAndStitches.begin(), startAndStitches.end());
-    putLe(bytes, 511, static_cast<std::int64_t>(bytes.size() - 509), 3);
-    return bytes;
+    DesignBytes bytes;
+    bytes.padTo(45, 0x20).bytes({0, 1}).padTo(509, 0x20).zeros(16).bytes(startAndStitches);
+    return bytes.putLe(517, width, 2).putLe(519, height, 2).putLe(511, bytes.size() - 509, 3);
 }
 Bytes pesFile(const Bytes& segment, std::string_view version = "0001") {
     return DesignBytes().text("#PES").text(version).zeros(4).text("LA:").bytes(segment);
@@ -54,7 +48,7 @@ Bytes vp3File(const std::vector<Vp3Section>& sections) {
         bytes.u32be(static_cast<std::uint32_t>(section.startY));
         bytes.bytes({1, 0, 0x11, 0x22, 0x33}).zeros(5).u16be(1).text("1").u16be(0).u16be(0);
         bytes.zeros(8).u16be(0).zeros(7).bytes(section.records);
-        bytes.patchU32be(start + 3, static_cast<std::uint32_t>(bytes.size() - start - 7));
+        bytes.putU32be(start + 3, static_cast<std::uint32_t>(bytes.size() - start - 7));
     }
     return bytes;
 }
@@ -145,7 +139,8 @@ TEST(RealWorldReading, FilesUnderAnotherFormatsExtensionAreReadByTheirContent) {
     Bytes broken = pes;
     broken.resize(540);  // too short for the PEC section's header
     const auto read = importNamed("design.pec", broken);
-    expectFailure(read, 30, "Unable to import PES/PEC file (missing header).");
+    EXPECT_FALSE(read.ok);
+    expectDesignError(read.error, 30, "Unable to import PES/PEC file (missing header).");
     EXPECT_FALSE(read.design.extensionMismatch());
 }
 
@@ -154,7 +149,7 @@ TEST(RealWorldReading, Vp3SectionsStartWhereTheySayAndKeepTheirLastStitch) {
                                vp3File({{1000, -2000, {0x05, 0x05}}, {-3000, 0, {0x01, 0x01}}}));
     ASSERT_TRUE(read.ok) << read.error.message();
     EXPECT_EQ(read.design.stitches(),
-              (Stitches{jump(10, 20), plain(5, -5), change(0, 0), jump(-45, -15), plain(1, -1)}));
+              (Stitches{jump(10, 20), stitch(5, -5), change(0, 0), jump(-45, -15), stitch(1, -1)}));
     ASSERT_EQ(read.design.threads().size(), 2u);
     EXPECT_EQ(read.design.threads()[1].color, HMKColor(0x11 / 255.0, 0x22 / 255.0, 0x33 / 255.0));
     // The most negative start is far away, but no overflow.
@@ -191,39 +186,21 @@ TEST(RealWorldReading, PcxFinalReturnToStartIsAJumpAndLimitsAreExact) {
     EXPECT_EQ(boundsOf(edge.design), (Bounds{600, 575, 600, 575}));
     const auto beyond =
         readWith(importPcxDesignFromData, pcxFile(3, 2, {{360, 345, 0}, {721, 690, 0}}));
-    expectFailure(beyond, 165, "Unable to read PCx (invalid stitch position)");
-}
-
-TEST(RealWorldReading, DstLastStitchWithoutEndRecordIsKept) {
-    const std::pair<Bytes, Stitches> cases[] = {
-        {{0x01, 0x00, 0x03, 0x02, 0x00, 0x03}, {plain(1, 0), plain(-1, 0)}},
-        {{0x01, 0x00, 0x03, 0x02, 0x00, 0x83}, {plain(1, 0), jump(-1, 0)}},
-        // A colour change with nothing after it, or bytes that are no record, are no stitch.
-        {{0x01, 0x00, 0x03, 0x00, 0x00, 0xC3}, {plain(1, 0)}},
-        {{0x01, 0x00, 0x03, 0x00, 0x00, 0x1A}, {plain(1, 0)}},
-        {{0x01, 0x00, 0x03, 0x00, 0x00, 0xF3}, {plain(1, 0)}},
-    };
-    for (const auto& [records, stitches] : cases) {
-        Bytes file = dstHeader();
-        file.insert(file.end(), records.begin(), records.end());
-        const auto read = readWith(importDstDesignFromData, file);
-        ASSERT_TRUE(read.ok);
-        EXPECT_EQ(read.design.stitches(), stitches);
-    }
+    EXPECT_FALSE(beyond.ok);
+    expectDesignError(beyond.error, 165, "Unable to read PCx (invalid stitch position)");
 }
 
 TEST(RealWorldReading, JpxThreadsFollowTheColourBlocksSoTheDesignCanBeSaved) {
     // Header colours against colour changes in the stitches: fewer get placeholders for the
     // blocks left undescribed, more lose the colours no block reaches.
-    for (const auto& [colors, changes] : {std::pair{1u, 2u}, {4u, 1u}}) {
-        JanomeFileLayout layout{.colorCodes = std::vector<std::int32_t>(colors, 2),
-                                .tensions = std::vector<std::int32_t>(colors, 13),
-                                .stitches = {0xFF, 0xFF}};
-        for (unsigned change = 0; change < changes; ++change)
-            appendBytes(layout.stitches, {0x80, 0x01, 0x00, 0x00, 0x01, 0x01});
-        const auto read = readWith(importJpxDesignFromData, jpxFile(layout));
+    for (const auto& [colors, changes] : {std::pair{1, 2}, {4, 1}}) {
+        DesignBytes file;
+        file.zeros(32).u32le(colors).padTo(60).repeat({2, 0, 0, 0}, colors);
+        file.repeat({13, 0, 0, 0}, colors).padTo(120).putLe(0, 120).bytes({0xFF, 0xFF});
+        file.repeat({0x80, 0x01, 0x00, 0x00, 0x01, 0x01}, changes);
+        const auto read = readWith(importJpxDesignFromData, file);
         ASSERT_TRUE(read.ok) << read.error.message();
-        EXPECT_EQ(read.design.threads().size(), changes + 1);
+        EXPECT_EQ(read.design.threads().size(), static_cast<std::size_t>(changes + 1));
         expectWritableEverywhere(read.design);
     }
 }

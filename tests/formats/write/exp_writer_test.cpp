@@ -1,18 +1,10 @@
-#include <gtest/gtest.h>
+#include "support/test_support.h"
 
-#include "write_test_support.h"
-
-namespace {
-
-class ExpWriter : public WriterTest {};
-
-TEST_F(ExpWriter, WritesMovesAndEscapesWithoutHeaderOrEndMarker) {
-    HMKDesign design = makeDesign({change(0, 0), plain(3, -4), jump(0.5f, 0.5f),
-                                   change(0.5f, 0.5f, true), change(-5, 127), plain(-128, 0)},
-                                  placeholderThreads(4));
-    ASSERT_TRUE(design.exportExpDesignToURL(file("a.exp")));
-    EXPECT_EQ(read(file("a.exp")),
-              bytesOf({
+TEST(ExpWriter, WritesMovesAndEscapesWithoutHeaderOrEndMarker) {
+    HMKDesign design = makeDesign({change(), stitch(3, -4), jump(0.5f, 0.5f),
+                                   change(0.5f, 0.5f, true), change(-5, 127), stitch(-128, 0)});
+    EXPECT_EQ(writtenBy(&HMKDesign::exportExpDesignToURL, design),
+              (Bytes{
                   0x80, 0x01, 0x00, 0x00, 0x00, 0x00,              // first stitch a change
                   0x03, 0xFC,                                      // -4 as a signed byte
                   0x80, 0x02, 0x00, 0x00,                          // floor(0.5)
@@ -21,5 +13,3 @@ TEST_F(ExpWriter, WritesMovesAndEscapesWithoutHeaderOrEndMarker) {
                   0x80, 0x00,
               }));
 }
-
-}  // namespace

@@ -4,9 +4,10 @@
 #include <cmath>
 
 #include "formats/read/readers.h"
+#include "formats/write/writer_support.h"
 #include "formats/write/writers.h"
 #include "render/raster_provider.h"
-#include "write_test_support.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -15,22 +16,27 @@ const char* const kExtensions[] = {"dst", "exp", "jef", "pcs", "pes", "pec"};
 // A PCS file of n far jumps, each followed by a short stitch so that the jumps do not merge:
 // a few kilobytes that become more than a million stitches once cut for any format.
 Bytes farJumpsPcs(int n) {
-    auto record = [](std::uint32_t x, std::uint8_t flag) {
-        return bytesOf({0, static_cast<int>(x & 0xFF), static_cast<int>(x >> 8 & 0xFF),
-                        static_cast<int>(x >> 16), 0, 1, 0, 0, flag});
-    };
-    Bytes file = bytesOf({0x32, 2, 1, 0, 255, 0, 0, 0, (2 * n) & 0xFF, (2 * n) >> 8});
-    append(file, record(1, 3));
+    DesignBytes file({0x32, 2, 1, 0, 255, 0, 0, 0});
+    file.u16le(2 * n).bytes({0}).u24le(1).bytes({0, 1, 0, 0, 3});
     for (int i = 0; i < n; ++i) {
         const std::uint32_t x = i % 2 == 0 ? 0x800001 : 1;
-        append(file, record(x, 0));
-        append(file, record(x + 3, 0));
+        file.bytes({0}).u24le(x).bytes({0, 1, 0, 0, 0});
+        file.bytes({0}).u24le(x + 3).bytes({0, 1, 0, 0, 0});
     }
-    append(file, bytesOf({0, 0}));
-    return file;
+    return file.zeros(2);
 }
 
-class HostileExport : public WriterTest {};
+class HostileExport : public ::testing::Test {
+protected:
+    std::filesystem::path file(std::string_view name) const { return folder_.file(name); }
+    Bytes read(std::string_view name) const { return folder_.read(name); }
+    ScratchFolder folder_;
+};
+
+HMKDesign named(HMKDesign design, const std::string& name) {
+    design.setDesignName(name);
+    return design;
+}
 
 TEST_F(HostileExport, DesignsNoWriterCanEncodeAreRefusedBeforeAnythingIsWritten) {
     struct Case {
@@ -46,9 +52,9 @@ TEST_F(HostileExport, DesignsNoWriterCanEncodeAreRefusedBeforeAnythingIsWritten)
         {"far jumps that would be cut into millions of stitches", farJumps, 15, true},
         {"jumps only, emptied by normalising", makeDesign({jump(3, 0), jump(0, 4)}, {thread}), 14,
          false},
-        {"more threads than colour blocks", makeDesign({plain(1, 1)}, {thread, thread}), 16, true},
+        {"more threads than colour blocks", makeDesign({stitch(1, 1)}, {thread, thread}), 16, true},
         {"more colour blocks than threads",
-         makeDesign({plain(1, 1), change(0, 0), plain(1, 1)}, {thread}), 16, true},
+         makeDesign({stitch(1, 1), change(0, 0), stitch(1, 1)}, {thread}), 16, true},
     };
     for (const Case& c : cases) {
         for (const char* extension : kExtensions) {
@@ -70,46 +76,44 @@ TEST_F(HostileExport, DesignsNoWriterCanEncodeAreRefusedBeforeAnythingIsWritten)
 
 // The in-memory encoding the pipeline fuzzer drives is the export itself, file aside.
 TEST_F(HostileExport, EncodingInMemoryGivesTheBytesTheExportWrites) {
+    setWriterClock([] { return std::tm{}; });  // JEF files carry the time of writing
     for (const char* extension : kExtensions) {
         const std::string name = std::string("same.") + extension;
-        HMKDesign exported = makeDesign({plain(-150, 100), jump(300, -200), plain(-5, 2)},
-                                        {makeThread("1", "Undefined")}, name);
+        HMKDesign exported = named(makeDesign({stitch(-150, 100), jump(300, -200), stitch(-5, 2)},
+                                              {makeThread("1", "Undefined")}),
+                                   name);
         HMKDesign encoded = exported;
         ASSERT_TRUE(exported.exportDesignToURL(file(name))) << extension;
         auto bytes = encodeDesignForExtension(encoded, extension, nullptr);
         ASSERT_TRUE(bytes) << extension;
-        Bytes written = read(file(name));
-        if (std::string_view(extension) == "jef") {  // the date and time of writing
-            std::fill_n(written.begin() + 8, 14, 0);
-            std::fill_n(bytes->bytes.begin() + 8, 14, 0);
-        }
-        EXPECT_TRUE(bytes->bytes == written) << extension;
+        EXPECT_TRUE(bytes->bytes == read(name)) << extension;
     }
-    HMKDesign design = makeDesign({plain(1, 1)}, {makeThread("1", "Undefined")});
+    setWriterClock({});
+    HMKDesign design = makeDesign({stitch(1, 1)}, {makeThread("1", "Undefined")});
     HMKError error;
     EXPECT_FALSE(encodeDesignForExtension(design, "jef+", &error));
     EXPECT_EQ(error.code, 50);
 }
 
 TEST_F(HostileExport, ColourComponentsOutsideTheUnitRangeAreClamped) {
-    HMKDesign design = makeDesign(
-        {plain(1, 1)}, {HMKThread(HMKColor(2.5, -3, NAN), "Odd", "", "", "")}, "Odd.dst");
+    HMKDesign design =
+        named(makeDesign({stitch(1, 1)}, {HMKThread(HMKColor(2.5, -3, NAN), "Odd", "", "", "")}),
+              "Odd.dst");
     // A colour made out of range is brought into it.
     EXPECT_EQ(design.threads()[0].color, HMKColor(1, 0, 0));
 
     // A side file can hold anything; what is read from it is in range too.
-    ASSERT_TRUE(writeFileAtomically(
-        file("Odd.threads"), bytesOf("<plist><array><dict><key>threadfileversion</key><integer>2"
-                                     "</integer><key>red</key><real>2.5</real><key>green"
-                                     "</key><real>1e300</real><key>blue</key><real>-1"
-                                     "</real></dict></array></plist>")));
+    folder_.write("Odd.threads",
+                  "<plist><array><dict><key>threadfileversion</key><integer>2</integer><key>red"
+                  "</key><real>2.5</real><key>green</key><real>1e300</real><key>blue</key>"
+                  "<real>-1</real></dict></array></plist>");
     ASSERT_TRUE(design.importThreadsForDesign(file("Odd.dst")));
     EXPECT_EQ(design.threads()[0].color, HMKColor(1, 1, 0));
 
     design.setUseThreadFile(true);
     design.setDesignLocation(file("Odd.dst"));
     ASSERT_TRUE(design.exportDesignToURL(file("Odd.pcs")));
-    EXPECT_EQ(slice(read(file("Odd.pcs")), 4, 4), bytesOf({0xFF, 0xFF, 0x00, 0x00}));
+    EXPECT_EQ(slice(read("Odd.pcs"), 4, 4), (Bytes{0xFF, 0xFF, 0x00, 0x00}));
 }
 
 // Notes the largest raster asked for and hands back blank pictures.
@@ -135,7 +139,7 @@ TEST_F(HostileExport, ThumbnailsOfDesignsFarWiderThanAnyHoopAreDrawnIntoABounded
     auto raster = std::make_shared<RecordingRaster>();
     installRasterProvider(raster);
     HMKDesign design =
-        makeDesign({plain(1, 1), jump(100'000, 0), plain(1, 1)}, {makeThread("1", "Undefined")});
+        makeDesign({stitch(1, 1), jump(100'000, 0), stitch(1, 1)}, {makeThread("1", "Undefined")});
     EXPECT_TRUE(design.exportDesignToURL(file("wide.pec")));
     installRasterProvider(nullptr);
     EXPECT_GT(raster->largestSide, 0);

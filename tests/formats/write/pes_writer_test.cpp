@@ -1,173 +1,46 @@
-#include <gtest/gtest.h>
-
 #include <map>
 #include <memory>
 
 #include "render/raster_provider.h"
-#include "write_test_support.h"
+#include "support/test_support.h"
 
 namespace {
 
-class PesWriter : public WriterTest {
-protected:
-    void TearDown() override {
-        installRasterProvider(nullptr);
-        WriterTest::TearDown();
-    }
-};
-
 // Two Brother threads (codes 2 and 7), a leading jump, a jump and a colour change.
-HMKDesign tinyDesign(const std::string& name) {
-    return makeDesign({jump(-10, 5), plain(3, -4), jump(20, 0), change(0, 0), plain(-5.5f, 2.5f)},
-                      {makeThread("405", "Brother"), makeThread("620", "Brother")}, name);
-}
-
-Bytes rows(std::initializer_list<int> row, int count) {
-    Bytes bytes;
-    for (int i = 0; i < count; ++i)
-        append(bytes, bytesOf(row));
-    return bytes;
+HMKDesign tinyDesign() {
+    HMKDesign design =
+        makeDesign({jump(-10, 5), stitch(3, -4), jump(20, 0), change(), stitch(-5.5f, 2.5f)},
+                   {makeThread("405", "Brother"), makeThread("620", "Brother")});
+    design.setDesignName("Tiny.pes");
+    return design;
 }
 
 // A thumbnail that holds only its fixed rows and the frame.
-Bytes emptyThumbnail() {
-    Bytes bytes = bytesOf({0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F,
-                           0x08, 0x00, 0x00, 0x00, 0x00, 0x10, 0x04, 0x00, 0x00, 0x00, 0x00, 0x20});
-    append(bytes, rows({0x02, 0x00, 0x00, 0x00, 0x00, 0x40}, 30));
-    append(bytes,
-           bytesOf({0x04, 0x00, 0x00, 0x00, 0x00, 0x20, 0x08, 0x00, 0x00, 0x00, 0x00, 0x10,
-                    0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}));
-    return bytes;
+DesignBytes emptyThumbnail() {
+    return DesignBytes({0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F,
+                        0x08, 0x00, 0x00, 0x00, 0x00, 0x10, 0x04, 0x00, 0x00, 0x00, 0x00, 0x20})
+        .repeat({0x02, 0x00, 0x00, 0x00, 0x00, 0x40}, 30)
+        .bytes({0x04, 0x00, 0x00, 0x00, 0x00, 0x20, 0x08, 0x00, 0x00, 0x00, 0x00, 0x10,
+                0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00});
 }
 
-Bytes tinyPecSection() {
-    Bytes section = bytesOf("LA:Tiny            \r");
-    append(section, bytesOf(std::string(12, ' ')));
-    append(section, bytesOf({0xFF, 0x00, 0x06, 0x26}));
-    append(section, bytesOf(std::string(12, ' ')));
-    append(section, bytesOf({0x01, 0x02, 0x07}));  // threads - 1, codes
-    section.resize(512, ' ');
-    append(section, bytesOf({0x00, 0x00, 0x24, 0x00, 0x00,  // 36 bytes follow the header
-                             0x31, 0xFF, 0xF0, 23,   0,    4,    0,    0xE0,
-                             0x01, 0xB0, 0x01, 0x90, 0x0B, 0x90, 0x02,  // width / 2, height / 2
-                             0x9F, 0xF6, 0x9F, 0xFB,                    // jump (-10, 5): y negated
-                             0x03, 0x04,                                // (3, -4)
-                             0x90, 0x14, 0x90, 0x00,                    // jump (20, 0)
-                             0xFE, 0xB0, 0x02,  // colour change, move not written
-                             0x7A, 0x7D,        // floor(-5.5) = -6, floor(-2.5) = -3
-                             0xFF}));
-    return section;
-}
-
-TEST_F(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
-    HMKDesign design = tinyDesign("Tiny.pes");
-    Bytes expected = bytesOf("#PES0001");
-    append(expected,
-           bytesOf({0xB4, 0x00, 0x00,  // PEC section at 180
-                    0x00, 0x00, 0x00, 0x01, 0x00, 0x01, 0x00, 0xFF, 0xFF, 0x00, 0x00, 0x07, 0x00}));
-    append(expected, bytesOf("CEmbOne"));
-    for (int pair = 0; pair < 2; ++pair) {  // from xMin -10 and yMin 1 only
-        append(expected, bytesOf({0xDE, 0x03, 0xE9, 0x03, 0xF2, 0x03, 0xE7, 0x03}));
-    }
-    append(expected, bytesOf({0, 0,    0x80, 0x3F, 0, 0,    0,    0, 0, 0,    0,    0,    0,
-                              0, 0x80, 0x3F, 0,    0, 0x7A, 0x44, 0, 0, 0x7A, 0x44, 0x01, 0x00}));
-    append(expected, bytesOf({0xF6, 0xFF, 0xFF, 0xFF, 23, 0, 4, 0}));  // xMin, -yMin, size
-    append(expected, bytesOf({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF, 0, 0, 0x07, 0}));
-    append(expected, bytesOf("CSewSeg"));
-    append(expected,
-           bytesOf({
-               0x00, 0x00, 0x02, 0x00, 0x01, 0x00, 0xF9, 0xFF, 0xFF, 0xFF,  // (-7, 1)
-               0x03, 0x08, 0x00, 0x00, 0x02, 0x00, 0x02, 0x00,              // after the jump
-               0x0D, 0x00, 0xFF, 0xFF, 0x0D, 0x00, 0xFF, 0xFF, 0x03, 0x08,
-               0x01, 0x00, 0x07, 0x00, 0x02, 0x00,  // colour change
-               0x0D, 0x00, 0xFF, 0xFF, 0x0D, 0x00, 0xFF, 0xFF, 0x03, 0x08,
-               0x00, 0x00, 0x07, 0x00, 0x03, 0x00, 0x0D, 0x00, 0xFF, 0xFF,
-               0x0D, 0x00, 0xFF, 0xFF, 0x08, 0x00, 0xFC, 0xFF,  // round(7.5) = 8, round(-3.5) = -4
-           }));
-    append(expected, bytesOf({0x02, 0, 0, 0, 0x02, 0, 0x03, 0, 0x07, 0, 0x00, 0, 0, 0}));
-    ASSERT_EQ(expected.size(), 180u);
-    append(expected, tinyPecSection());
-    for (int i = 0; i < 3; ++i)
-        append(expected, emptyThumbnail());
-
-    HMKError error;
-    ASSERT_TRUE(design.exportPesDesignToURL(file("Tiny.pes"), &error)) << error.message();
-    EXPECT_EQ(read(file("Tiny.pes")), expected);
-    EXPECT_EQ(design.designType(), "PES");
-    EXPECT_EQ(design.designVersion(), 10);
-    EXPECT_FALSE(design.designHoop());
-}
-
-TEST_F(PesWriter, PecFileHoldsMagicSectionAndOneThumbnail) {
-    HMKDesign design = tinyDesign("Tiny.pec");
-    design.setDesignHoop(HMKDesign::hoops().front());
-    Bytes expected = bytesOf("#PEC0001");
-    append(expected, tinyPecSection());
-    append(expected, emptyThumbnail());
-    ASSERT_TRUE(design.exportPecDesignToURL(file("Tiny.pec")));
-    EXPECT_EQ(read(file("Tiny.pec")), expected);
-    EXPECT_EQ(design.designType(), "PEC");
-    EXPECT_EQ(design.designVersion(), 10);
-    EXPECT_FALSE(design.designHoop());
-}
-
-TEST_F(PesWriter, SegmentIsThePecSection) {
-    HMKDesign design = tinyDesign("Tiny.pes");
-    EXPECT_EQ(design.exportPecSegmentToData(), tinyPecSection());
-}
-
-TEST_F(PesWriter, ColourChangesAlternateTwoAndOneJumpsUseTheLongFormAndStitchesTheShortForm) {
-    const std::pair<HMKDesign, Bytes> cases[] = {
-        {makeDesign({change(0, 0), change(0, 0), change(0, 0)},
-                    std::vector<HMKThread>(4, makeThread("405", "Brother"))),
-         bytesOf({0xFE, 0xB0, 0x02, 0xFE, 0xB0, 0x01, 0xFE, 0xB0, 0x02, 0xFF})},
-        {makeDesign({jump(-3, 0), plain(-3, 0), plain(63, -63), jump(2047, -2048)},
-                    {makeThread("405", "Brother")}),
-         bytesOf({0x9F, 0xFD, 0x90, 0x00, 0x7D, 0x00, 0x3F, 0x3F, 0x97, 0xFF, 0x98, 0x00, 0xFF})},
-    };
-    for (auto [design, stitchData] : cases)
-        EXPECT_EQ(slice(design.exportPecSegmentToData(), 532, stitchData.size()), stitchData);
-}
-
-TEST_F(PesWriter, UnknownBrotherKeysAreWrittenAsSixteen) {
-    const std::pair<std::string, int> cases[] = {{"007", 1}, {"x7", 64}, {"620", 7}, {"zzz", 16}};
-    for (const auto& [key, code] : cases) {
-        HMKDesign design = makeDesign({plain(1, 1)}, {makeThread(key, "Brother")});
-        EXPECT_EQ(design.exportPecSegmentToData()[49], code) << key;
-    }
-}
-
-TEST_F(PesWriter, RefusesDesignsBeyondTheVersionOneLimitsInOrder) {
-    const std::map<int, std::string> texts = {
-        {200, "The design is larger than supported by PES v1.0."},
-        {201, "The design needs to be centered."},
-        {202, "Too many colors"},
-        {203, "Too many stitches"}};
-    const struct {
-        float xMin, yMin, xMax, yMax;
-        std::size_t threads, stitches;
-        int code;  // 0: accepted
-    } cases[] = {
-        {-650, -900, 650, 900, 64, 1, 0},  {-650, -900, 651, 900, 1, 1, 200},
-        {-650, -901, 650, 900, 1, 1, 200}, {-651, -10, 10, 10, 1, 1, 201},
-        {-10, -10, 651, 10, 1, 1, 201},    {-10, -901, 10, 10, 1, 1, 201},
-        {-10, -10, 10, 901, 1, 1, 201},    {-10, -10, 10, 10, 65, 1, 202},
-        {-651, -10, 651, 10, 65, 1, 200},  {0, 0, 0, 0, 1, 30000, 0},
-        {0, 0, 0, 0, 1, 30001, 203},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message()
-                     << c.xMin << " " << c.xMax << " " << c.threads << " " << c.stitches);
-        std::vector<HMKStitch> stitches(c.threads - 1, change(0, 0));
-        stitches.resize(stitches.size() + c.stitches, plain(0, 0));
-        HMKDesign design =
-            makeDesign(stitches, std::vector<HMKThread>(c.threads, makeThread("405", "Brother")));
-        design.setBounds(c.xMin, c.yMin, c.xMax, c.yMax);
-        HMKError error;
-        EXPECT_EQ(design.exportPesDesignToURL(file("limit.pes"), &error), c.code == 0);
-        if (c.code != 0)
-            expectRefusal(error, c.code, texts.at(c.code));
-    }
+DesignBytes tinyPecSection() {
+    return DesignBytes()
+        .text("LA:Tiny            \r")
+        .padTo(32, ' ')
+        .bytes({0xFF, 0x00, 0x06, 0x26})
+        .padTo(48, ' ')
+        .bytes({0x01, 0x02, 0x07})  // threads - 1, codes
+        .padTo(512, ' ')
+        .bytes({0x00, 0x00, 0x24, 0x00, 0x00,  // 36 bytes follow the header
+                0x31, 0xFF, 0xF0, 23,   0,    4,    0,    0xE0,
+                0x01, 0xB0, 0x01, 0x90, 0x0B, 0x90, 0x02,  // width / 2, height / 2
+                0x9F, 0xF6, 0x9F, 0xFB,                    // jump (-10, 5): y negated
+                0x03, 0x04,                                // (3, -4)
+                0x90, 0x14, 0x90, 0x00,                    // jump (20, 0)
+                0xFE, 0xB0, 0x02,                          // colour change, move not written
+                0x7A, 0x7D,                                // floor(-5.5) = -6, floor(-2.5) = -3
+                0xFF});
 }
 
 // Records what the writer asks for and answers with a picture of one flat colour.
@@ -176,17 +49,15 @@ public:
     explicit FlatRasterProvider(std::uint8_t level) : level_(level) {}
     HMKRgbaImage render(int width, int height, const HMKAffineTransform& transform,
                         const std::function<void(HMKDrawingContext&)>&) override {
-        renderedWidth = width;
-        renderedHeight = height;
+        rendered = {width, height};
         renderedTransform = transform;
         return flat(width, height);
     }
     HMKRgbaImage scaled(const HMKRgbaImage&, int width, int height) override {
-        scaledWidth = width;
-        scaledHeight = height;
+        scaledTo = {width, height};
         return flat(width, height);
     }
-    int renderedWidth = 0, renderedHeight = 0, scaledWidth = 0, scaledHeight = 0;
+    std::pair<int, int> rendered, scaledTo;
     HMKAffineTransform renderedTransform;
 
 private:
@@ -199,77 +70,107 @@ private:
     std::uint8_t level_;
 };
 
-TEST_F(PesWriter, ThumbnailScalesTheDesignToFortyTwoWideCentredInTheFrame) {
-    auto provider = std::make_shared<FlatRasterProvider>(255);
-    installRasterProvider(provider);
-    HMKDesign design = tinyDesign("Tiny.pes");  // 23 x 4 units
-    Bytes thumbnail = design.exportPecBitmapToDataForThread(-1);
+}  // namespace
 
-    EXPECT_EQ(provider->renderedWidth, 43);
-    EXPECT_EQ(provider->renderedHeight, 24);
+TEST(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
+    installRasterProvider(nullptr);
+    HMKDesign design = tinyDesign();
+    const Bytes expected =
+        DesignBytes()
+            .text("#PES0001")
+            .bytes({0xB4, 0x00, 0x00,  // PEC section at 180
+                    0x00, 0x00, 0x00, 0x01, 0x00, 0x01, 0x00, 0xFF, 0xFF, 0x00, 0x00, 0x07, 0x00})
+            .text("CEmbOne")
+            .repeat({0xDE, 0x03, 0xE9, 0x03, 0xF2, 0x03, 0xE7, 0x03},
+                    2)  // from xMin -10 and yMin 1 only
+            .bytes({0, 0,    0x80, 0x3F, 0, 0,    0,    0, 0, 0,    0,    0,    0,
+                    0, 0x80, 0x3F, 0,    0, 0x7A, 0x44, 0, 0, 0x7A, 0x44, 0x01, 0x00})
+            .bytes({0xF6, 0xFF, 0xFF, 0xFF, 23, 0, 4, 0})  // xMin, -yMin, size
+            .bytes({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF, 0, 0, 0x07, 0})
+            .text("CSewSeg")
+            .bytes({
+                0x00, 0x00, 0x02, 0x00, 0x01, 0x00, 0xF9, 0xFF, 0xFF, 0xFF,  // (-7, 1)
+                0x03, 0x08, 0x00, 0x00, 0x02, 0x00, 0x02, 0x00,              // after the jump
+                0x0D, 0x00, 0xFF, 0xFF, 0x0D, 0x00, 0xFF, 0xFF, 0x03, 0x08,
+                0x01, 0x00, 0x07, 0x00, 0x02, 0x00,  // colour change
+                0x0D, 0x00, 0xFF, 0xFF, 0x0D, 0x00, 0xFF, 0xFF, 0x03, 0x08,
+                0x00, 0x00, 0x07, 0x00, 0x03, 0x00, 0x0D, 0x00, 0xFF, 0xFF,
+                0x0D, 0x00, 0xFF, 0xFF, 0x08, 0x00, 0xFC, 0xFF,  // round(7.5) = 8, round(-3.5) = -4
+            })
+            .bytes({0x02, 0, 0, 0, 0x02, 0, 0x03, 0, 0x07, 0, 0x00, 0, 0, 0})
+            .bytes(tinyPecSection())
+            .repeat(emptyThumbnail(), 3);
+    EXPECT_EQ(writtenBy(&HMKDesign::exportPesDesignToURL, design), expected);
+    EXPECT_EQ(design.designType(), "PES");
+    EXPECT_EQ(design.designVersion(), 10);
+    EXPECT_FALSE(design.designHoop());
+
+    HMKDesign pec = tinyDesign();
+    pec.setDesignHoop(HMKDesign::hoops().front());
+    EXPECT_EQ(pec.exportPecSegmentToData(), Bytes(tinyPecSection()));
+    EXPECT_EQ(
+        writtenBy(&HMKDesign::exportPecDesignToURL, pec),
+        Bytes(DesignBytes().text("#PEC0001").bytes(tinyPecSection()).bytes(emptyThumbnail())));
+    EXPECT_EQ(pec.designType(), "PEC");
+    EXPECT_EQ(pec.designVersion(), 10);
+    EXPECT_FALSE(pec.designHoop());
+}
+
+TEST(PesWriter, StitchDataAndColourCodes) {
+    const std::pair<HMKDesign, Bytes> cases[] = {
+        // Colour changes alternate 2 and 1.
+        {makeDesign({change(), change(), change()}),
+         {0xFE, 0xB0, 0x02, 0xFE, 0xB0, 0x01, 0xFE, 0xB0, 0x02, 0xFF}},
+        // Jumps use the long form, stitches the short one.
+        {makeDesign({jump(-3, 0), stitch(-3, 0), stitch(63, -63), jump(2047, -2048)}),
+         {0x9F, 0xFD, 0x90, 0x00, 0x7D, 0x00, 0x3F, 0x3F, 0x97, 0xFF, 0x98, 0x00, 0xFF}},
+    };
+    for (auto [design, stitchData] : cases) {
+        EXPECT_EQ(slice(design.exportPecSegmentToData(), 532, stitchData.size()), stitchData);
+    }
+    // Known keys give their code, unknown ones 16; other threads are matched first.
+    const std::pair<HMKThread, int> threads[] = {
+        {makeThread("007", "Brother"), 1},
+        {makeThread("x7", "Brother"), 64},
+        {makeThread("620", "Brother"), 7},
+        {makeThread("zzz", "Brother"), 16},
+        {makeThread("", "", HMKThread::fromPaletteKey("620", "Brother").color), 7}};
+    for (const auto& [thread, code] : threads) {
+        HMKDesign design = makeDesign({stitch(1, 1)}, {thread});
+        EXPECT_EQ(writtenBy(&HMKDesign::exportPecDesignToURL, design)[8 + 49], code) << thread.key;
+        EXPECT_EQ(design.threads()[0].palette, "Brother");
+    }
+}
+
+TEST(PesWriter, ThumbnailsScaleTheDesignIntoTheFrameAndFillDarkPixels) {
+    auto provider = std::make_shared<FlatRasterProvider>(179);
+    installRasterProvider(provider);
+    // A 23 x 4 design is drawn with 10 units around it, y flipped, and scaled to 42 wide; a
+    // pixel no brighter than 179 is filled: rows 7 to 29, columns 3 to 44.
+    const Bytes thumbnail = tinyDesign().exportPecBitmapToDataForThread(-1);
+    EXPECT_EQ(provider->rendered, std::pair(43, 24));
     const HMKAffineTransform& t = provider->renderedTransform;
     EXPECT_EQ((std::vector<double>{t.a, t.b, t.c, t.d, t.tx, t.ty}),
-              (std::vector<double>{1, 0, 0, -1, 20, 15}));  // y flipped, (xMin-10, yMax+10) at 0
-    EXPECT_EQ(provider->scaledWidth, 42);
-    EXPECT_EQ(provider->scaledHeight, 23);
-
-    // A bright picture is drawn as its outline: rows 7 to 29, columns 3 to 44.
-    Bytes expected = emptyThumbnail();
-    auto row = [&](int y, std::initializer_list<int> bytes) {
-        std::copy(bytes.begin(), bytes.end(), expected.begin() + 6 * y);
-    };
-    row(7, {0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F});
-    for (int y = 8; y <= 28; ++y)
-        row(y, {0x0A, 0x00, 0x00, 0x00, 0x00, 0x50});
-    row(29, {0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F});
-    EXPECT_EQ(thumbnail, expected);
-}
-
-TEST_F(PesWriter, ThumbnailFillsPixelsNoBrighterThan179) {
-    for (int level : {179, 180}) {
-        installRasterProvider(std::make_shared<FlatRasterProvider>(level));
-        HMKDesign design = tinyDesign("Tiny.pes");
-        Bytes thumbnail = design.exportPecBitmapToDataForThread(0);
-        EXPECT_EQ(slice(thumbnail, 6 * 15, 6), level == 179
-                                                   ? bytesOf({0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F})
-                                                   : bytesOf({0x0A, 0x00, 0x00, 0x00, 0x00, 0x50}))
-            << level;
-    }
-}
-
-TEST_F(PesWriter, TallDesignsAreScaledToThirtyTwoRows) {
-    auto provider = std::make_shared<FlatRasterProvider>(0);
+              (std::vector<double>{1, 0, 0, -1, 20, 15}));
+    EXPECT_EQ(provider->scaledTo, std::pair(42, 23));
+    Bytes filled = emptyThumbnail();
+    for (int row = 7; row <= 29; ++row)
+        std::copy_n(Bytes{0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F}.begin(), 6, filled.begin() + 6 * row);
+    EXPECT_EQ(thumbnail, filled);
+    // A brighter picture is drawn as its outline.
+    installRasterProvider(std::make_shared<FlatRasterProvider>(180));
+    EXPECT_EQ(slice(tinyDesign().exportPecBitmapToDataForThread(0), 6 * 15, 6),
+              (Bytes{0x0A, 0x00, 0x00, 0x00, 0x00, 0x50}));
+    // Tall designs are scaled to 32 rows.
     installRasterProvider(provider);
-    HMKDesign design =
-        makeDesign({plain(0, 300), plain(100, -600)}, {makeThread("405", "Brother")});
-    design.exportPecBitmapToDataForThread(-1);
-    EXPECT_EQ(provider->renderedWidth, 120);
-    EXPECT_EQ(provider->renderedHeight, 620);
-    EXPECT_EQ(provider->scaledHeight, 32);
-    EXPECT_EQ(provider->scaledWidth, 6);  // 120 * 32 / 620 = 6.19
+    makeDesign({stitch(0, 300), stitch(100, -600)}).exportPecBitmapToDataForThread(-1);
+    EXPECT_EQ(provider->rendered, std::pair(120, 620));
+    EXPECT_EQ(provider->scaledTo, std::pair(6, 32));  // 120 * 32 / 620 = 6.19
+    // A PES file holds one thumbnail for the design and one per thread.
+    HMKDesign design = makeDesign({stitch(1, 1), change(), change()});
+    const Bytes file = writtenBy(&HMKDesign::exportPesDesignToURL, design);
+    const std::size_t pecOffset = file[8] | file[9] << 8 | file[10] << 16;
+    EXPECT_EQ(file.size(),
+              pecOffset + 512 + (file[pecOffset + 514] | file[pecOffset + 515] << 8) + 4 * 228);
+    installRasterProvider(nullptr);
 }
-
-TEST_F(PesWriter, WritesOneThumbnailPerThreadAfterTheWholeDesign) {
-    HMKDesign design = makeDesign({plain(1, 1), change(0, 0), change(0, 0)},
-                                  std::vector<HMKThread>(3, makeThread("405", "Brother")));
-    ASSERT_TRUE(design.exportPesDesignToURL(file("t.pes")));
-    Bytes file = read(this->file("t.pes"));
-    std::size_t pecOffset = file[8] | file[9] << 8 | file[10] << 16;
-    std::size_t sectionLength = 512 + (file[pecOffset + 514] | file[pecOffset + 515] << 8);
-    EXPECT_EQ(file.size(), pecOffset + sectionLength + 4 * 228);
-}
-
-TEST_F(PesWriter, ConvertsThreadsToTheNearestBrotherThread) {
-    installTestPalettes();
-    HMKThread brother = HMKThread::fromPaletteKey("620", "Brother");
-    for (bool useThreadFile : {false, true}) {
-        HMKDesign design = makeDesign({plain(1, 1)}, {makeThread("", "", brother.color)});
-        design.setUseThreadFile(useThreadFile);
-        ASSERT_TRUE(design.exportPecDesignToURL(file("c.pec")));
-        EXPECT_EQ(read(file("c.pec"))[8 + 49], 7);
-        EXPECT_EQ(design.threads()[0].palette, useThreadFile ? "" : "Brother");
-        EXPECT_EQ(design.threads()[0].key, useThreadFile ? "" : "620");
-    }
-}
-
-}  // namespace

@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "model/stitch_walk.h"
-#include "write_test_support.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -45,7 +45,11 @@ struct RoundTripCase {
     bool startsWithItsStart;  // the reader adds a jump from the centre to the start (PES, PEC)
 };
 
-class RoundTrip : public WriterTest, public ::testing::WithParamInterface<RoundTripCase> {};
+class RoundTrip : public ::testing::TestWithParam<RoundTripCase> {
+protected:
+    std::filesystem::path file(const std::string& name) const { return folder_.file(name); }
+    ScratchFolder folder_;
+};
 
 // Three colour blocks of fractional moves in every direction, a stitch longer than PES
 // stitches reach and a jump longer than DST, JEF and EXP records reach, centred on the origin.
@@ -55,9 +59,9 @@ HMKDesign sampleDesign() {
         if (block > 0)
             stitches.push_back(change(0, 0));
         for (int i = 0; i < 20; ++i) {
-            stitches.push_back(plain(i % 2 ? 7.5f : -2.25f, i % 3 ? 3.0f : -4.5f));
+            stitches.push_back(stitch(i % 2 ? 7.5f : -2.25f, i % 3 ? 3.0f : -4.5f));
         }
-        stitches.push_back(plain(-70.25f, 1.5f));
+        stitches.push_back(stitch(-70.25f, 1.5f));
         stitches.push_back(jump(block == 1 ? -200.5f : 200.5f, block == 1 ? 30 : -30));
     }
     return makeDesign(stitches, {makeThread("405", "Brother"), makeThread("620", "Brother"),
