@@ -1,6 +1,8 @@
 // The design canvas's paint path, offscreen: a pan frame of a 1,000,000-stitch design (the
-// picture is blitted; budget 16 ms) and a full re-render after a zoom of a 100,000-stitch
-// design with the shaded 3D look (drawn off the GUI thread; budget 300 ms).
+// picture is blitted; budget 16 ms), a full re-render after a zoom of a 100,000-stitch
+// design with the shaded 3D look (drawn off the GUI thread; budget 300 ms), and a frame of
+// the stitch-out animation at full speed on the 1,000,000-stitch design, and the longest turn
+// of the event loop while its picture catches up with the needle (budgets 16 ms).
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -117,9 +119,55 @@ void BM_CanvasRerenderFlat100k(benchmark::State& state) {
     rerender(state, false);
 }
 
+// The canvas's stitch-out animation playing at full speed from a position, its picture drawn.
+HMKStitchOutAnimation& playingAtFullSpeed(HMKDesignCanvas& canvas, std::uint64_t position) {
+    HMKStitchOutAnimation& animation = canvas.stitchOut();
+    animation.setActive(true);
+    animation.setSpeed(HMKStitchOutPlayer::kMaximumSpeed);
+    animation.seek(position);
+    canvas.waitForImage();
+    animation.play();
+    return animation;
+}
+
+// One frame of the stitch-out animation at full speed on the 1,000,000-stitch design, late in
+// the design (from 750,000 stitches on): the engine sews 1/60 s worth of stitches, the canvas
+// draws them onto its picture and the viewport is painted. Budget 16 ms.
+void BM_StitchOutFrame1M(benchmark::State& state) {
+    CanvasFixture fixture(1'000'000, true);
+    HMKDesignCanvas& canvas = *fixture.canvas;
+    HMKStitchOutAnimation& animation = playingAtFullSpeed(canvas, 750'000);
+    QImage frame(canvas.viewport()->size(), QImage::Format_ARGB32_Premultiplied);
+    for (auto _ : state) {
+        animation.advanceFrame(1.0 / 60);
+        canvas.viewport()->render(&frame);
+        benchmark::DoNotOptimize(frame.constBits());
+    }
+    state.counters["stitches_per_frame"] = HMKStitchOutPlayer::kMaximumSpeed / 60;
+    state.counters["re-renders"] = canvas.isImageCurrent() ? 0 : 1;
+}
+
+// The longest turn of the event loop while the stitch-out picture catches up with a needle
+// that ran ahead (after a slow frame or a zoom while playing): the most records drawn in one
+// turn, the rest following in later turns. Budget 16 ms.
+void BM_StitchOutCatchUpTurn1M(benchmark::State& state) {
+    CanvasFixture fixture(1'000'000, true);
+    HMKDesignCanvas& canvas = *fixture.canvas;
+    HMKStitchOutAnimation& animation = playingAtFullSpeed(canvas, 500'000);
+    const double turnSeconds =
+        static_cast<double>(HMKDesignCanvas::kCatchUpRecordsPerTurn) / animation.player().speed();
+    for (auto _ : state) {
+        animation.advanceFrame(turnSeconds);
+    }
+    state.counters["records_per_turn"] = HMKDesignCanvas::kCatchUpRecordsPerTurn;
+    state.counters["re-renders"] = canvas.isImageCurrent() ? 0 : 1;
+}
+
 BENCHMARK(BM_CanvasPanFrame1M)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_CanvasRerender3D100k)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_CanvasRerenderFlat100k)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_StitchOutFrame1M)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(600);
+BENCHMARK(BM_StitchOutCatchUpTurn1M)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "cli/design_json.h"
 
+#include <cstdio>
+
 namespace {
 
 // A float widened to double is exact, and nlohmann prints doubles with round-trip precision.
@@ -41,7 +43,7 @@ int recordFlags(const HMKStitch& stitch) {
 
 }  // namespace
 
-HMKJson designJson(const HMKDesign& design, bool withRecords) {
+HMKJson designJson(const HMKDesign& design, bool withRecords, const HMKSewingTimeSettings& timing) {
     HMKJson threads = HMKJson::array();
     for (const HMKThread& thread : design.threads()) {
         threads.push_back(threadJson(thread));
@@ -60,6 +62,7 @@ HMKJson designJson(const HMKDesign& design, bool withRecords) {
         {"stitches", design.numberOfStitches()},
         {"jumps", design.numberOfJumps()},
         {"colors", design.numberOfDifferentColors()},
+        {"sewingSeconds", sewingSecondsOf(design.stitches(), timing)},
         {"selectionActive", design.selectionActive()},
         {"useThreadFile", design.useThreadFile()},
         {"threads", std::move(threads)},
@@ -73,6 +76,14 @@ HMKJson designJson(const HMKDesign& design, bool withRecords) {
         json["records"] = std::move(records);
     }
     return json;
+}
+
+std::string designInfoText(const HMKDesign& design, const HMKSewingTimeSettings& timing) {
+    char speed[32];
+    std::snprintf(speed, sizeof speed, "%g", timing.stitchesPerMinute);
+    return design.description() +
+           "\nsewing time: " + sewingTimeText(sewingSecondsOf(design.stitches(), timing)) + " at " +
+           speed + " stitches per minute";
 }
 
 HMKJson errorJson(const HMKError& error) {

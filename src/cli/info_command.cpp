@@ -15,6 +15,8 @@ struct InfoOptions {
     std::vector<std::string> files;
     bool json = false;
     std::string unit;
+    // Machine speed for the sewing-time estimate.
+    double stitchesPerMinute = HMKSewingTimeSettings().stitchesPerMinute;
 };
 
 const std::map<std::string, HMKMeasurementUnit> kUnits = {
@@ -39,16 +41,18 @@ int runInfo(const InfoOptions& options) {
         if (!imported) {
             exitCode = kExitFailure;
         }
+        HMKSewingTimeSettings timing;
+        timing.stitchesPerMinute = options.stitchesPerMinute;
         // A file read by its content because its extension names another format says so.
         const bool mismatch = imported && design.extensionMismatch();
         if (options.json) {
-            HMKJson json = imported ? designJson(design, false) : errorJson(error);
+            HMKJson json = imported ? designJson(design, false, timing) : errorJson(error);
             if (mismatch) {
                 json["extensionMismatch"] = true;
             }
             results.push_back(json);
         } else if (imported) {
-            std::cout << (i > 0 ? "\n" : "") << design.description() << '\n';
+            std::cout << (i > 0 ? "\n" : "") << designInfoText(design, timing) << '\n';
             if (mismatch) {
                 std::cout << "The file holds a " << design.designType()
                           << " design; its extension names another format.\n";
@@ -74,6 +78,11 @@ HMKCommandRunner addInfoCommand(CLI::App& app) {
                       "Print JSON (an array for several files) instead of text");
     command->add_option("--unit", options->unit, "Unit of the sizes: mm, in or frac")
         ->check(CLI::IsMember({"mm", "in", "frac"}));
+    command
+        ->add_option("--speed", options->stitchesPerMinute,
+                     "Machine speed for the sewing time, in stitches per minute (default 700)")
+        ->type_name("SPM")
+        ->check(CLI::Range(1.0, 10000.0));
     command->footer(
         "Examples:\n"
         "  hemlark info samples/flower.pcs\n"

@@ -1,14 +1,19 @@
 // hemlark render: a PNG, SVG or PDF picture of the design, drawn as the design view draws it.
 #include <QColor>
+#include <QGuiApplication>
 #include <QString>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <map>
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/diagnostics.h"
 #include "cli/outcome.h"
 #include "platform/design_picture.h"
+#include "platform/printout.h"
 
 namespace {
 
@@ -21,7 +26,53 @@ struct RenderOptions {
     bool showStructure = false;
     std::int32_t thread = -1;
     std::optional<HMKColor> background;
+    // The printouts of the application's print command, as PDF.
+    bool worksheet = false;
+    bool printTemplate = false;
+    std::string pageSize = "A4";
+    double stitchesPerMinute = HMKSewingTimeSettings().stitchesPerMinute;
 };
+
+const std::map<std::string, QPageSize::PageSizeId> kPageSizes = {
+    {"A3", QPageSize::A3},         {"A4", QPageSize::A4},       {"A5", QPageSize::A5},
+    {"Letter", QPageSize::Letter}, {"Legal", QPageSize::Legal}, {"Tabloid", QPageSize::Tabloid},
+};
+
+// The worksheet and the template as the print command makes them (with the print switches'
+// defaults), on a page of the chosen size. Text needs a GUI application; the offscreen
+// platform needs no display.
+int runPrintout(const RenderOptions& options, const HMKDesign& design) {
+    if (pictureFormatForPath(options.output) != HMKPictureFormat::pdf) {
+        printError(toolError("--worksheet and --template write PDF files: OUT must end in .pdf."));
+        return kExitUsage;
+    }
+    std::optional<QGuiApplication> application;
+    if (!QCoreApplication::instance()) {
+        // The platform's chatter (no XDG_RUNTIME_DIR, no session bus) is no news to the user.
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+            if (type == QtCriticalMsg || type == QtFatalMsg) {
+                std::fprintf(messageStream(), "hemlark: %s\n", qPrintable(text));
+            }
+        });
+        static int argc = 3;
+        static char arguments[][16] = {"hemlark", "-platform", "offscreen"};
+        static char* argv[] = {arguments[0], arguments[1], arguments[2], nullptr};
+        application.emplace(argc, argv);
+    }
+    HMKPrintOptions print;
+    print.printTemplate = options.printTemplate;
+    print.showJumps = options.showJumps;
+    print.showStructure = options.showStructure;
+    print.fastMode = !options.show3D;
+    print.timing.stitchesPerMinute = options.stitchesPerMinute;
+    HMKError error;
+    if (!writePrintoutPdf(design, options.output, print, QPageSize(kPageSizes.at(options.pageSize)),
+                          &error)) {
+        printError(error);
+        return kExitFailure;
+    }
+    return kExitSuccess;
+}
 
 int runRender(const RenderOptions& options) {
     HMKDesign design;
@@ -35,6 +86,9 @@ int runRender(const RenderOptions& options) {
             toolError("Thread index " + std::to_string(options.thread) + " is out of range (0 to " +
                       std::to_string(static_cast<int>(design.numberOfThreads()) - 1) + ")."));
         return kExitFailure;
+    }
+    if (options.worksheet || options.printTemplate) {
+        return runPrintout(options, design);
     }
     HMKPictureOptions picture;
     fitPictureToDesign(design, options.sizePixels, picture);
@@ -86,10 +140,28 @@ HMKCommandRunner addRenderCommand(CLI::App& app) {
             },
             "Fill the picture with a colour name or #rrggbb (default: transparent; PDF white)")
         ->type_name("COLOR");
+    auto* worksheet = command->add_flag(
+        "--worksheet", options->worksheet,
+        "Print the worksheet into the PDF: picture, facts, sewing time and thread list");
+    command
+        ->add_flag("--template", options->printTemplate,
+                   "Print the design at true size into the PDF, with centre cross and hoop, "
+                   "over several pages when needed")
+        ->excludes(worksheet);
+    command->add_option("--page", options->pageSize, "Paper of --worksheet and --template (A4)")
+        ->type_name("SIZE")
+        ->check(CLI::IsMember({"A3", "A4", "A5", "Letter", "Legal", "Tabloid"}));
+    command
+        ->add_option("--speed", options->stitchesPerMinute,
+                     "Machine speed for the worksheet's sewing time (default 700 stitches/min)")
+        ->type_name("SPM")
+        ->check(CLI::Range(1.0, 10000.0));
     command->footer(
         "Examples:\n"
         "  hemlark render samples/flower.pcs flower.png --size 1200 --3d\n"
         "  hemlark render samples/heart.dst heart.svg --jumps --structure\n"
-        "  hemlark render samples/flower.pcs petals.pdf --thread 1 --background white");
+        "  hemlark render samples/flower.pcs petals.pdf --thread 1 --background white\n"
+        "  hemlark render samples/flower.pcs worksheet.pdf --worksheet --3d\n"
+        "  hemlark render samples/heart.jef template.pdf --template --page Letter");
     return [options] { return runRender(*options); };
 }

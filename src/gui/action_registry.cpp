@@ -35,7 +35,35 @@ const ActionRow kActions[] = {
     {HMKCommand::exportToMachine, QT_TRANSLATE_NOOP("HMKActionRegistry", "&Export to Machine…"),
      Key::UnknownKey, "Ctrl+Shift+E", "document-send"},
     {HMKCommand::print, QT_TRANSLATE_NOOP("HMKActionRegistry", "&Print…"), Key::Print, "",
-     "document-print"},
+     "document-print", QStyle::SP_CustomBase, nullptr,
+     QT_TRANSLATE_NOOP("HMKActionRegistry", "Print the worksheet or the 1:1 template")},
+    {HMKCommand::printPreview, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print Pre&view…"),
+     Key::UnknownKey, "Ctrl+Shift+P", "document-print-preview"},
+    {HMKCommand::exportPdf, QT_TRANSLATE_NOOP("HMKActionRegistry", "Export as P&DF…"),
+     Key::UnknownKey, "", "application-pdf"},
+    {HMKCommand::printJumps, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Jumps"),
+     Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::printJumps},
+    {HMKCommand::printGrid, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Grid"), Key::UnknownKey,
+     "", "", QStyle::SP_CustomBase, &HMKSettings::printGrid},
+    {HMKCommand::printCenter, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Centre"),
+     Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::printCenter},
+    {HMKCommand::printHoop, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Hoop"), Key::UnknownKey,
+     "", "", QStyle::SP_CustomBase, &HMKSettings::printHoop},
+    {HMKCommand::printFirst, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &First Stitch"),
+     Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::printFirst},
+    {HMKCommand::printLast, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Last Stitch"),
+     Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::printLast},
+    {HMKCommand::printStructure, QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Structure"),
+     Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::printStructure},
+    {HMKCommand::printFastMode,
+     QT_TRANSLATE_NOOP("HMKActionRegistry", "Print Fast &Mode (Flat Thread)"), Key::UnknownKey, "",
+     "", QStyle::SP_CustomBase, &HMKSettings::printFastMode},
+    {HMKCommand::printTemplate,
+     QT_TRANSLATE_NOOP("HMKActionRegistry", "Print &Template at True Size"), Key::UnknownKey, "",
+     "", QStyle::SP_CustomBase, &HMKSettings::printTemplate,
+     QT_TRANSLATE_NOOP("HMKActionRegistry",
+                       "Print the design 1:1 with centre cross and hoop, to place it on the "
+                       "fabric, instead of the worksheet")},
     {HMKCommand::close, QT_TRANSLATE_NOOP("HMKActionRegistry", "&Close"), Key::Close, "Ctrl+W",
      "window-close"},
     {HMKCommand::quit, QT_TRANSLATE_NOOP("HMKActionRegistry", "&Quit"), Key::Quit, "Ctrl+Q",
@@ -109,8 +137,17 @@ const ActionRow kActions[] = {
      Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::showStructure},
     {HMKCommand::drawFastMode, QT_TRANSLATE_NOOP("HMKActionRegistry", "Fast &Mode (Flat Thread)"),
      Key::UnknownKey, "", "", QStyle::SP_CustomBase, &HMKSettings::drawFastMode},
+    {HMKCommand::showRulers, QT_TRANSLATE_NOOP("HMKActionRegistry", "Show &Rulers"),
+     Key::UnknownKey, "Ctrl+Shift+U", "", QStyle::SP_CustomBase, &HMKSettings::showRulers},
     {HMKCommand::backgroundColor, QT_TRANSLATE_NOOP("HMKActionRegistry", "&Background Colour…"),
      Key::UnknownKey, "", "color-select"},
+    {HMKCommand::stitchOutPlayer, QT_TRANSLATE_NOOP("HMKActionRegistry", "Stitch-Out &Player"),
+     Key::UnknownKey, "F5", "media-playback-start", QStyle::SP_MediaPlay, nullptr,
+     QT_TRANSLATE_NOOP("HMKActionRegistry", "Sew the design out stitch by stitch")},
+    {HMKCommand::measure, QT_TRANSLATE_NOOP("HMKActionRegistry", "Mea&sure"), Key::UnknownKey,
+     "Ctrl+Shift+M", "", QStyle::SP_CustomBase, nullptr,
+     QT_TRANSLATE_NOOP("HMKActionRegistry",
+                       "Drag on the design to measure a distance and an angle; Esc ends")},
     {HMKCommand::selectRectangle, QT_TRANSLATE_NOOP("HMKActionRegistry", "Select by &Rectangle")},
     {HMKCommand::selectStitch, QT_TRANSLATE_NOOP("HMKActionRegistry", "Select by &Stitch")},
     {HMKCommand::selectBlock, QT_TRANSLATE_NOOP("HMKActionRegistry", "Select by &Block")},
@@ -169,11 +206,11 @@ HMKActionRegistry::HMKActionRegistry(HMKSettings& settings, QObject* parent) : Q
         selectionModes_->addAction(action(row.command));
     }
     action(HMKCommand::selectRectangle)->setChecked(true);
-    // Wired by the machine export and printing when they arrive.
-    for (HMKCommand later : {HMKCommand::exportToMachine, HMKCommand::print}) {
-        action(later)->setEnabled(false);
-        action(later)->setVisible(false);
-    }
+    // Wired by the machine export when it arrives.
+    action(HMKCommand::exportToMachine)->setEnabled(false);
+    action(HMKCommand::exportToMachine)->setVisible(false);
+    action(HMKCommand::stitchOutPlayer)->setCheckable(true);
+    action(HMKCommand::measure)->setCheckable(true);
     action(HMKCommand::quit)->setMenuRole(QAction::QuitRole);
     action(HMKCommand::preferences)->setMenuRole(QAction::PreferencesRole);
     action(HMKCommand::about)->setMenuRole(QAction::AboutRole);

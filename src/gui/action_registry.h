@@ -21,9 +21,21 @@ enum class HMKCommand {
     save,
     saveAs,
     revert,
-    // Wired by the machine export and printing; hidden until then.
+    // Wired by the machine export; hidden until then.
     exportToMachine,
     print,
+    printPreview,
+    exportPdf,
+    // File > Print Options
+    printJumps,
+    printGrid,
+    printCenter,
+    printHoop,
+    printFirst,
+    printLast,
+    printStructure,
+    printFastMode,
+    printTemplate,
     close,
     quit,
     // Edit
@@ -64,7 +76,10 @@ enum class HMKCommand {
     showLast,
     showStructure,
     drawFastMode,
+    showRulers,
     backgroundColor,
+    stitchOutPlayer,
+    measure,
     selectRectangle,
     selectStitch,
     selectBlock,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -21,7 +22,7 @@ QSize HMKCanvasRenderRequest::pixelSize() const {
 bool HMKCanvasRenderRequest::drawsSameAs(const HMKCanvasRenderRequest& other) const {
     return designGeneration == other.designGeneration && scale == other.scale &&
            region == other.region && show3D == other.show3D && showJumps == other.showJumps &&
-           showStructure == other.showStructure;
+           showStructure == other.showStructure && sewnRecords == other.sewnRecords;
 }
 
 namespace {
@@ -30,9 +31,10 @@ namespace {
 constexpr qint64 kBandedPixels = 512 * 512;
 constexpr int kMaximumBands = 4;
 
-// Draws the rows [top, top + rows) of the request's picture into image, which is that band.
-void drawBand(const HMKCanvasRenderRequest& request, QImage& image, int top) {
-    image.fill(Qt::transparent);
+// Draws design (the request's, or a copy of it with a display range) over the rows
+// [top, top + rows) of the request's picture into image, which is that band.
+void drawDesignBand(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image,
+                    int top) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     // Design units to pixels with y pointing up, the region's top-left at (0, -top).
@@ -44,8 +46,87 @@ void drawBand(const HMKCanvasRenderRequest& request, QImage& image, int top) {
     const HMKRect band{request.region.x, regionTop - (top + image.height()) / request.scale,
                        request.region.width, image.height() / request.scale};
     HMKPainterContext context(painter);
-    request.design->drawDesignInRect(band, context, request.show3D, request.showJumps,
-                                     request.showStructure);
+    design.drawDesignInRect(band, context, request.show3D, request.showJumps,
+                            request.showStructure);
+}
+
+// The records the renderer draws for a display range of location 0 and this length are the
+// first length + 1; nothing at all is sewn before the first frame.
+HMKRange firstRecords(std::uint64_t count) {
+    return HMKRange{0, count - 1};
+}
+
+}  // namespace
+
+namespace {
+
+// Moves state on to the state after record `to` (state.record <= to).
+void sewUpTo(HMKSewingState& state, const std::vector<HMKStitch>& stitches, std::uint64_t to) {
+    for (std::uint64_t i = state.record + 1; i <= to; ++i) {
+        state.x += static_cast<double>(stitches[i].deltaX);
+        state.y += static_cast<double>(stitches[i].deltaY);
+        state.thread += stitches[i].isColorChange ? 1 : 0;
+    }
+    state.record = to;
+}
+
+}  // namespace
+
+void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to) {
+    const std::uint64_t from = image.request.sewnRecords.value_or(0);
+    if (to <= from || image.image.isNull()) {
+        return;
+    }
+    if (from < 2) {
+        // The renderer draws records location - 1 through location + length, so the first
+        // records are drawn afresh from the start.
+        if (from == 1) {
+            image.image.fill(Qt::transparent);
+        }
+        design.setDisplayRange(firstRecords(to));
+        drawDesignBand(image.request, design, image.image, 0);
+        image.request.sewnRecords = to;
+        return;
+    }
+    // The records [from, to) are drawn as a short design: a jump to where record from - 2
+    // ended, record from - 1 (which decides how record from joins it, not drawn again: that
+    // would darken its translucent edges), then the new records, with the threads from the
+    // one sewing at record from - 2 on. The renderer then walks only these.
+    std::vector<HMKStitch>& stitches = design.stitches();
+    if (!image.sewing || image.sewing->record > from - 2) {
+        image.sewing = HMKSewingState{0, static_cast<double>(stitches[0].deltaX),
+                                      static_cast<double>(stitches[0].deltaY), 0};
+    }
+    HMKSewingState& state = *image.sewing;
+    sewUpTo(state, stitches, from - 2);
+    if (state.thread < design.threads().size()) {
+        std::vector<HMKStitch> window;
+        window.reserve(to - from + 2);
+        window.emplace_back(static_cast<float>(state.x), static_cast<float>(state.y), true, false);
+        window.insert(window.end(), stitches.begin() + static_cast<std::ptrdiff_t>(from - 1),
+                      stitches.begin() + static_cast<std::ptrdiff_t>(to));
+        std::vector<HMKThread> threads(
+            design.threads().begin() + static_cast<std::ptrdiff_t>(state.thread),
+            design.threads().end());
+        std::swap(design.stitches(), window);
+        std::swap(design.threads(), threads);
+        // From the window's third record (the renderer starts at location - 1) to its end.
+        design.setDisplayRange({3, to - from - 1});
+        drawDesignBand(image.request, design, image.image, 0);
+        std::swap(design.stitches(), window);
+        std::swap(design.threads(), threads);
+    }
+    sewUpTo(state, stitches, to - 2);
+    image.request.sewnRecords = to;
+}
+
+namespace {
+
+// Draws the rows [top, top + rows) of the request's picture into image, which is that band.
+void drawBand(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image,
+              int top) {
+    image.fill(Qt::transparent);
+    drawDesignBand(request, design, image, top);
 }
 
 }  // namespace
@@ -59,12 +140,24 @@ QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     if (image.isNull()) {
         return {};
     }
+    // The stitch-out animation's pictures draw a copy whose display range ends at the needle.
+    const HMKDesign* design = request.design.get();
+    std::optional<HMKDesign> sewn;
+    if (request.sewnRecords) {
+        if (*request.sewnRecords == 0) {
+            image.fill(Qt::transparent);
+            return image;
+        }
+        sewn.emplace(*request.design);
+        sewn->setDisplayRange(firstRecords(*request.sewnRecords));
+        design = &*sewn;
+    }
     const qint64 pixels = static_cast<qint64>(size.width()) * size.height();
     const int bands = pixels < kBandedPixels ? 1
                                              : std::clamp(QThread::idealThreadCount(), 1,
                                                           std::min(kMaximumBands, size.height()));
     if (bands == 1) {
-        drawBand(request, image, 0);
+        drawBand(request, *design, image, 0);
         return image;
     }
     // Horizontal bands drawn in parallel, each into its own raster (a QImage is not shared
@@ -77,10 +170,11 @@ QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     }
     std::vector<std::thread> helpers;
     for (std::size_t band = 1; band < parts.size(); ++band) {
-        helpers.emplace_back(
-            [&, band] { drawBand(request, parts[band], static_cast<int>(band) * rowsPerBand); });
+        helpers.emplace_back([&, band] {
+            drawBand(request, *design, parts[band], static_cast<int>(band) * rowsPerBand);
+        });
     }
-    drawBand(request, parts[0], 0);
+    drawBand(request, *design, parts[0], 0);
     for (std::thread& helper : helpers) {
         helper.join();
     }

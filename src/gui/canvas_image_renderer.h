@@ -5,6 +5,7 @@
 // place that turns a request into pixels, so a faster renderer plugs in there.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -30,6 +31,8 @@ struct HMKCanvasRenderRequest {
     bool show3D = true;
     bool showJumps = true;
     bool showStructure = false;
+    // While the stitch-out animation runs: only the first records of the design are drawn.
+    std::optional<std::uint64_t> sewnRecords;
 
     // The picture's size in pixels.
     QSize pixelSize() const;
@@ -37,10 +40,21 @@ struct HMKCanvasRenderRequest {
     bool drawsSameAs(const HMKCanvasRenderRequest& other) const;
 };
 
+// Where the needle stands after a record, and the thread it sews.
+struct HMKSewingState {
+    std::uint64_t record = 0;
+    double x = 0;
+    double y = 0;
+    std::size_t thread = 0;
+};
+
 struct HMKCanvasImage {
     HMKCanvasRenderRequest request;
     // Transparent where nothing is drawn (ARGB32 premultiplied).
     QImage image;
+    // Kept by drawSewnRecords() just behind the last record drawn, so that the next records
+    // are drawn without walking the design from its first record each frame.
+    std::optional<HMKSewingState> sewing = std::nullopt;
 };
 
 // The picture for a request (any thread). Big requests are limited to kMaximumCanvasImageSide
@@ -48,6 +62,11 @@ struct HMKCanvasImage {
 QImage renderCanvasImage(const HMKCanvasRenderRequest& request);
 
 inline constexpr int kMaximumCanvasImageSide = 8192;
+
+// Draws the records [from, to) of design onto a picture drawn for the first from records
+// (GUI thread, a few at a time while the stitch-out animation plays). design is a copy of the
+// picture's design whose display range this changes.
+void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to);
 
 class HMKCanvasImageRenderer : public QObject {
     Q_OBJECT

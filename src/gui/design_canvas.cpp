@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QNativeGestureEvent>
 #include <QPainter>
@@ -13,6 +14,9 @@
 #include <QScrollBar>
 #include <QTimer>
 #include <QWheelEvent>
+
+#include "gui/ruler.h"
+#include "model/ruler_ticks.h"
 
 namespace {
 
@@ -26,6 +30,9 @@ constexpr double kHitPixels = 5;
 constexpr double kStitchReach = 4;
 // Design units per millimetre.
 constexpr double kUnitsPerMillimetre = 10;
+// Seconds of sewing a playing animation's picture may fall behind the needle and still be
+// caught up: far longer than drawing a new picture of the largest design takes.
+constexpr double kCatchUpSeconds = 10;
 
 HMKRect united(const HMKRect& a, const HMKRect& b) {
     const double left = std::min(a.x, b.x);
@@ -88,8 +95,19 @@ HMKDesignCanvas::HMKDesignCanvas(HMKDocument& document, HMKSettings& settings, Q
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     viewport()->setAttribute(Qt::WA_AcceptTouchEvents);
     selectionMode_ = document_.viewState().selectionMode;
+    stitchOut_ = new HMKStitchOutAnimation(settings_, this);
+    horizontalRuler_ = new HMKRuler(Qt::Horizontal, this);
+    verticalRuler_ = new HMKRuler(Qt::Vertical, this);
+    rulerCorner_ = new QLabel(this);
+    rulerCorner_->setAlignment(Qt::AlignCenter);
+    rulerCorner_->setAutoFillBackground(true);
+    QFont small = rulerCorner_->font();
+    small.setPointSizeF(std::max(6.0, small.pointSizeF() * 0.75));
+    rulerCorner_->setFont(small);
     readSwitches();
     takeSnapshot();
+    connect(stitchOut_, &HMKStitchOutAnimation::changed, this,
+            &HMKDesignCanvas::stitchOutDidChange);
 
     connect(&renderer_, &HMKCanvasImageRenderer::imageReady, this, &HMKDesignCanvas::imageReady);
     connect(&document_, &HMKDocument::designChanged, this, &HMKDesignCanvas::designDidChange);
@@ -120,6 +138,8 @@ void HMKDesignCanvas::readSwitches() {
     switches_.structure = settings_.value(HMKSettings::showStructure);
     switches_.fastMode = settings_.value(HMKSettings::drawFastMode);
     switches_.background = settings_.value(HMKSettings::backgroundColor);
+    switches_.rulers = settings_.value(HMKSettings::showRulers);
+    switches_.unit = settings_.value(HMKSettings::measurementUnit);
 }
 
 void HMKDesignCanvas::designDidChange() {
@@ -151,6 +171,7 @@ void HMKDesignCanvas::takeSnapshot() {
     }
     facts.hoop = design.designHoop();
     facts_ = facts;
+    stitchOut_->setDesign(snapshot_);
 }
 
 HMKRect HMKDesignCanvas::fitRect() const {
@@ -242,8 +263,11 @@ void HMKDesignCanvas::reportViewState() {
 // --- Scrolling --------------------------------------------------------------------------
 
 void HMKDesignCanvas::geometryDidChange() {
+    const int margin = switches_.rulers ? HMKRuler::kThickness : 0;
+    setViewportMargins(margin, margin, 0, 0);
     geometry_.viewport = viewport()->size();
     updateScrollBars();
+    updateRulers();
     reportViewState();
     requestImageIfNeeded();
     viewport()->update();
@@ -318,7 +342,60 @@ HMKCanvasRenderRequest HMKDesignCanvas::requestFor(const HMKRect& region) const 
     request.show3D = !switches_.fastMode;
     request.showJumps = switches_.jumps;
     request.showStructure = switches_.structure;
+    if (stitchOut_->isActive()) {
+        request.sewnRecords = stitchOut_->player().position();
+    }
     return request;
+}
+
+bool HMKDesignCanvas::canCatchUp(const HMKCanvasRenderRequest& request) const {
+    HMKCanvasRenderRequest current = requestFor(request.region);
+    if (!current.sewnRecords || !request.sewnRecords) {
+        return current.drawsSameAs(request);
+    }
+    const std::uint64_t drawn = *request.sewnRecords;
+    const std::uint64_t sewn = *current.sewnRecords;
+    current.sewnRecords = drawn;
+    // While playing, the needle runs on while a new picture is drawn, so that one would be
+    // behind again: a picture up to several seconds of sewing behind is caught up instead.
+    // Only a seek far ahead (the slider dragged while playing) gets a new picture.
+    const HMKStitchOutPlayer& player = stitchOut_->player();
+    const double reach = static_cast<double>(kCatchUpRecordsPerTurn) +
+                         (player.isPlaying() ? player.speed() * kCatchUpSeconds : 0.0);
+    return current.drawsSameAs(request) && drawn <= sewn &&
+           static_cast<double>(sewn - drawn) <= reach;
+}
+
+void HMKDesignCanvas::stitchOutDidChange() {
+    catchUpStitchOut();
+    requestImageIfNeeded();
+    viewport()->update();
+}
+
+void HMKDesignCanvas::catchUpStitchOut() {
+    if (!image_ || !image_->request.sewnRecords || !stitchOut_->isActive() ||
+        image_->request.designGeneration != generation_ || !canCatchUp(image_->request)) {
+        return;
+    }
+    const std::uint64_t sewn = stitchOut_->player().position();
+    if (sewn == *image_->request.sewnRecords) {
+        return;
+    }
+    if (!sewingCopy_ || sewingCopyGeneration_ != generation_) {
+        sewingCopy_ = std::make_unique<HMKDesign>(*snapshot_);
+        sewingCopyGeneration_ = generation_;
+    }
+    const std::uint64_t drawn = *image_->request.sewnRecords;
+    drawSewnRecords(*image_, *sewingCopy_, std::min(sewn, drawn + kCatchUpRecordsPerTurn));
+    if (*image_->request.sewnRecords < sewn && !catchUpPending_) {
+        // The rest in later turns, so that events are handled in between.
+        catchUpPending_ = true;
+        QTimer::singleShot(0, this, [this] {
+            catchUpPending_ = false;
+            catchUpStitchOut();
+            viewport()->update();
+        });
+    }
 }
 
 void HMKDesignCanvas::requestImageIfNeeded() {
@@ -332,7 +409,7 @@ void HMKDesignCanvas::requestImageIfNeeded() {
         return;
     }
     const auto answers = [&](const HMKCanvasRenderRequest& request) {
-        return requestFor(request.region).drawsSameAs(request) && covers(request.region, *needed);
+        return canCatchUp(request) && covers(request.region, *needed);
     };
     if ((image_ && answers(image_->request)) || (requested_ && answers(*requested_))) {
         return;
@@ -357,6 +434,7 @@ void HMKDesignCanvas::imageReady(const HMKCanvasImage& image) {
     if (!image_ || image.request.designGeneration >= image_->request.designGeneration) {
         image_ = image;
     }
+    catchUpStitchOut();
     viewport()->update();
     requestImageIfNeeded();
 }
@@ -412,7 +490,97 @@ void HMKDesignCanvas::paintEvent(QPaintEvent*) {
                          tr("Open a design with File \u25B8 Open, or drop a design file here."));
     }
     paintMarkers(painter);
+    if (stitchOut_->isActive() && !facts_.empty) {
+        paintNeedle(painter);
+    }
     paintGesture(painter);
+    paintMeasurement(painter);
+}
+
+void HMKDesignCanvas::paintNeedle(QPainter& painter) const {
+    const QPointF at = geometry_.toPixels(stitchOut_->player().needlePosition());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(200, 30, 30), 1.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(at, 5, 5);
+    painter.drawLine(at - QPointF(9, 0), at + QPointF(9, 0));
+    painter.drawLine(at - QPointF(0, 9), at + QPointF(0, 9));
+    painter.restore();
+}
+
+void HMKDesignCanvas::paintMeasurement(QPainter& painter) const {
+    if (!measurement_) {
+        return;
+    }
+    const QPointF from = geometry_.toPixels(measurement_->first);
+    const QPointF to = geometry_.toPixels(measurement_->second);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor ink = palette().color(QPalette::Highlight);
+    painter.setPen(QPen(ink, 1.5));
+    painter.drawLine(from, to);
+    painter.setBrush(ink);
+    painter.drawEllipse(from, 3, 3);
+    painter.drawEllipse(to, 3, 3);
+    const QString text = measurementText();
+    QRectF box = QRectF(fontMetrics().boundingRect(text)).adjusted(-5, -3, 5, 3);
+    box.moveTopLeft(to + QPointF(10, 10));
+    // Kept inside the view.
+    box.moveRight(std::min(box.right(), viewport()->width() - 2.0));
+    box.moveBottom(std::min(box.bottom(), viewport()->height() - 2.0));
+    painter.setPen(QPen(ink, 1));
+    painter.setBrush(palette().color(QPalette::ToolTipBase));
+    painter.drawRoundedRect(box, 3, 3);
+    painter.setPen(palette().color(QPalette::ToolTipText));
+    painter.drawText(box, Qt::AlignCenter, text);
+    painter.restore();
+}
+
+// --- Rulers and measuring -------------------------------------------------------------------
+
+void HMKDesignCanvas::updateRulers() {
+    const int thickness = HMKRuler::kThickness;
+    horizontalRuler_->setVisible(switches_.rulers);
+    verticalRuler_->setVisible(switches_.rulers);
+    rulerCorner_->setVisible(switches_.rulers);
+    if (!switches_.rulers) {
+        return;
+    }
+    const QRect view = viewport()->geometry();
+    horizontalRuler_->setGeometry(view.left(), view.top() - thickness, view.width(), thickness);
+    verticalRuler_->setGeometry(view.left() - thickness, view.top(), thickness, view.height());
+    rulerCorner_->setGeometry(view.left() - thickness, view.top() - thickness, thickness,
+                              thickness);
+    rulerCorner_->setText(switches_.unit == HMKMeasurementUnit::millimetres ? tr("mm") : tr("in"));
+    const QPointF origin = geometry_.toPixels(HMKPoint{0, 0});
+    const double pixelsPerMillimetre = geometry_.scale * kUnitsPerMillimetre;
+    horizontalRuler_->setScale(switches_.unit, origin.x(), pixelsPerMillimetre);
+    verticalRuler_->setScale(switches_.unit, origin.y(), -pixelsPerMillimetre);
+}
+
+void HMKDesignCanvas::setMeasuring(bool on) {
+    if (on == measuring_) {
+        return;
+    }
+    measuring_ = on;
+    if (!on) {
+        measurement_.reset();
+        if (gesture_ == Gesture::measure) {
+            gesture_ = Gesture::none;
+        }
+        emit measurementChanged(QString());
+    }
+    viewport()->update();
+    emit measuringChanged(on);
+}
+
+QString HMKDesignCanvas::measurementText() const {
+    if (!measurement_) {
+        return {};
+    }
+    return QString::fromStdString(
+        measureBetween(measurement_->first, measurement_->second).text(switches_.unit));
 }
 
 void HMKDesignCanvas::paintGrid(QPainter& painter) const {
@@ -484,7 +652,7 @@ void HMKDesignCanvas::paintMarkers(QPainter& painter) const {
         if (switches_.first) {
             ring(facts_.firstStitch, QColor(20, 160, 60));
         }
-        if (switches_.last) {
+        if (switches_.last && !stitchOut_->isActive()) {
             ring(facts_.lastStitch, QColor(210, 40, 40));
         }
     }
@@ -528,6 +696,14 @@ void HMKDesignCanvas::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         return;
     }
+    if (measuring_) {
+        gesture_ = Gesture::measure;
+        const HMKPoint at = geometry_.toDesign(pressPixel_);
+        measurement_ = std::pair(at, at);
+        emit measurementChanged(measurementText());
+        viewport()->update();
+        return;
+    }
     const bool onSelection =
         event->modifiers() == Qt::NoModifier && document_.hasSelection() &&
         document_.design().isSelectedAt(geometry_.toDesign(pressPixel_), hitTolerance());
@@ -538,11 +714,18 @@ void HMKDesignCanvas::mouseMoveEvent(QMouseEvent* event) {
     const QPointF previous = currentPixel_;
     currentPixel_ = event->position();
     emit pointerMoved(geometry_.toDesign(currentPixel_));
+    horizontalRuler_->setPointer(currentPixel_.x());
+    verticalRuler_->setPointer(currentPixel_.y());
     const bool dragged =
         (currentPixel_ - pressPixel_).manhattanLength() >= QApplication::startDragDistance();
     switch (gesture_) {
         case Gesture::pan:
             panBy(currentPixel_ - previous);
+            return;
+        case Gesture::measure:
+            measurement_->second = geometry_.toDesign(currentPixel_);
+            emit measurementChanged(measurementText());
+            viewport()->update();
             return;
         case Gesture::pressed:
             if (dragged) {
@@ -586,6 +769,10 @@ void HMKDesignCanvas::mouseReleaseEvent(QMouseEvent* event) {
             document_.moveByVector({to.x - from.x, to.y - from.y});
             break;
         }
+        case Gesture::measure:
+            measurement_->second = geometry_.toDesign(currentPixel_);
+            emit measurementChanged(measurementText());
+            break;
         case Gesture::pan:
         case Gesture::none:
             break;
@@ -643,6 +830,14 @@ void HMKDesignCanvas::keyPressEvent(QKeyEvent* event) {
         viewport()->setCursor(Qt::OpenHandCursor);
         return;
     }
+    if (event->key() == Qt::Key_Escape && measurement_) {
+        // Cancels the measuring drag, or clears the reading it left.
+        gesture_ = Gesture::none;
+        measurement_.reset();
+        emit measurementChanged(QString());
+        viewport()->update();
+        return;
+    }
     if (event->key() == Qt::Key_Escape && gesture_ != Gesture::none) {
         gesture_ = Gesture::none;
         viewport()->update();
@@ -677,5 +872,7 @@ void HMKDesignCanvas::contextMenuEvent(QContextMenuEvent* event) {
 
 void HMKDesignCanvas::leaveEvent(QEvent* event) {
     emit pointerMoved(std::nullopt);
+    horizontalRuler_->setPointer(std::nullopt);
+    verticalRuler_->setPointer(std::nullopt);
     QAbstractScrollArea::leaveEvent(event);
 }

@@ -18,9 +18,12 @@
 #include "document/document.h"
 #include "gui/canvas_geometry.h"
 #include "gui/canvas_image_renderer.h"
+#include "gui/stitch_out_animation.h"
 #include "platform/settings.h"
 
 class QAction;
+class QLabel;
+class HMKRuler;
 
 class HMKDesignCanvas : public QAbstractScrollArea {
     Q_OBJECT
@@ -46,6 +49,21 @@ public:
     HMKSelectionMode selectionMode() const { return selectionMode_; }
     void setSelectionMode(HMKSelectionMode mode);
 
+    // --- Stitch-out animation -------------------------------------------------------------
+    // While it is active the canvas shows only the sewn stitches and the needle.
+    HMKStitchOutAnimation& stitchOut() { return *stitchOut_; }
+    // The picture is brought up to the needle at most this many records per turn of the
+    // event loop (a few milliseconds); a paused player further ahead than this gets a picture
+    // drawn anew off the GUI thread instead.
+    static constexpr std::uint64_t kCatchUpRecordsPerTurn = 2000;
+
+    // --- Measuring --------------------------------------------------------------------------
+    // While on, a left drag measures instead of selecting; Esc clears the reading.
+    bool isMeasuring() const { return measuring_; }
+    void setMeasuring(bool on);
+    // The reading in the user's unit ("42.4 mm, 45.0°"), empty without one.
+    QString measurementText() const;
+
     // The actions of the right-click menu (the window's selection commands).
     void setContextMenuActions(QList<QAction*> actions) { contextActions_ = std::move(actions); }
 
@@ -61,6 +79,8 @@ signals:
     void selectionModeChanged(HMKSelectionMode mode);
     // The design point under the pointer, or none when it left the view.
     void pointerMoved(std::optional<HMKPoint> point);
+    void measuringChanged(bool on);
+    void measurementChanged(const QString& text);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -78,7 +98,15 @@ protected:
 
 private:
     // What a left or middle button press turned into.
-    enum class Gesture { none, pressed, pressedOnSelection, rubberBand, moveSelection, pan };
+    enum class Gesture {
+        none,
+        pressed,
+        pressedOnSelection,
+        rubberBand,
+        moveSelection,
+        pan,
+        measure
+    };
     // What the canvas shows from the settings, read once per change.
     struct Switches {
         bool jumps = true;
@@ -90,6 +118,8 @@ private:
         bool structure = false;
         bool fastMode = false;
         QColor background;
+        bool rulers = false;
+        HMKMeasurementUnit unit = HMKMeasurementUnit::millimetres;
     };
     // What the overlays need from the design, computed once per design state.
     struct DesignFacts {
@@ -113,6 +143,15 @@ private:
     void requestImageIfNeeded();
     void imageReady(const HMKCanvasImage& image);
     HMKCanvasRenderRequest requestFor(const HMKRect& region) const;
+    // A picture for request shows the current state, or will once the stitches sewn since
+    // its drawing are drawn onto it.
+    bool canCatchUp(const HMKCanvasRenderRequest& request) const;
+    void stitchOutDidChange();
+    // Draws the stitches sewn since the picture was drawn onto it.
+    void catchUpStitchOut();
+    void updateRulers();
+    void paintNeedle(QPainter& painter) const;
+    void paintMeasurement(QPainter& painter) const;
     float hitTolerance() const;
 
     void paintGrid(QPainter& painter) const;
@@ -137,6 +176,20 @@ private:
     HMKCanvasImageRenderer renderer_;
     std::optional<HMKCanvasImage> image_;
     std::optional<HMKCanvasRenderRequest> requested_;
+
+    HMKStitchOutAnimation* stitchOut_ = nullptr;
+    // A copy of the shown design state whose display range the animation's frames change.
+    std::unique_ptr<HMKDesign> sewingCopy_;
+    std::uint64_t sewingCopyGeneration_ = 0;
+    bool catchUpPending_ = false;
+
+    HMKRuler* horizontalRuler_ = nullptr;
+    HMKRuler* verticalRuler_ = nullptr;
+    QLabel* rulerCorner_ = nullptr;
+
+    bool measuring_ = false;
+    // The measured line in design units, from the press to the pointer or the release.
+    std::optional<std::pair<HMKPoint, HMKPoint>> measurement_;
 
     bool fitPending_ = false;
     // The view shows the fitted design and follows window resizes until the user zooms.

@@ -11,6 +11,10 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrintPreviewWidget>
+#include <QPrinter>
 #include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
@@ -23,7 +27,9 @@
 #include "gui/design_canvas.h"
 #include "gui/dialog_hooks.h"
 #include "gui/information_panel.h"
+#include "gui/player_panel.h"
 #include "gui/thread_list_view.h"
+#include "platform/printout.h"
 
 namespace {
 
@@ -52,6 +58,7 @@ HMKDocumentWindow::HMKDocumentWindow(HMKApplicationController& application, HMKS
     setCentralWidget(canvas_);
     buildDocks();
     buildMenus();
+    buildPlayer();
     buildToolBar();
     buildStatusBar();
     connectActions();
@@ -114,7 +121,14 @@ void HMKDocumentWindow::buildMenus() {
     file->addSeparator();
     add(file, {HMKCommand::save, HMKCommand::saveAs, HMKCommand::revert});
     file->addSeparator();
-    add(file, {HMKCommand::exportToMachine, HMKCommand::print});
+    add(file, {HMKCommand::exportToMachine, HMKCommand::print, HMKCommand::printPreview,
+               HMKCommand::exportPdf});
+    QMenu* printOptions = file->addMenu(tr("Print &Options"));
+    add(printOptions, {HMKCommand::printTemplate});
+    printOptions->addSeparator();
+    add(printOptions, {HMKCommand::printJumps, HMKCommand::printGrid, HMKCommand::printCenter,
+                       HMKCommand::printHoop, HMKCommand::printFirst, HMKCommand::printLast,
+                       HMKCommand::printStructure, HMKCommand::printFastMode});
     file->addSeparator();
     add(file, {HMKCommand::close, HMKCommand::quit});
 
@@ -149,8 +163,10 @@ void HMKDocumentWindow::buildMenus() {
     view->addSeparator();
     add(view, {HMKCommand::showJumps, HMKCommand::showGrid, HMKCommand::showCenter,
                HMKCommand::showHoop, HMKCommand::showFirst, HMKCommand::showLast,
-               HMKCommand::showStructure, HMKCommand::drawFastMode});
+               HMKCommand::showStructure, HMKCommand::drawFastMode, HMKCommand::showRulers});
     add(view, {HMKCommand::backgroundColor});
+    view->addSeparator();
+    add(view, {HMKCommand::stitchOutPlayer, HMKCommand::measure});
     view->addSeparator();
     QMenu* modes = view->addMenu(tr("&Selection Mode"));
     add(modes, {HMKCommand::selectRectangle, HMKCommand::selectStitch, HMKCommand::selectBlock,
@@ -194,7 +210,8 @@ void HMKDocumentWindow::buildToolBar() {
          {HMKCommand::open, HMKCommand::save, HMKCommand::count, HMKCommand::undo, HMKCommand::redo,
           HMKCommand::count, HMKCommand::rotateLeft, HMKCommand::rotateRight,
           HMKCommand::flipHorizontal, HMKCommand::flipVertical, HMKCommand::count,
-          HMKCommand::zoomOut, HMKCommand::zoomToFit, HMKCommand::zoomIn}) {
+          HMKCommand::zoomOut, HMKCommand::zoomToFit, HMKCommand::zoomIn, HMKCommand::count,
+          HMKCommand::stitchOutPlayer}) {
         // count marks a separator here.
         if (command == HMKCommand::count) {
             tools->addSeparator();
@@ -204,12 +221,36 @@ void HMKDocumentWindow::buildToolBar() {
     }
 }
 
+void HMKDocumentWindow::buildPlayer() {
+    player_ = new HMKPlayerPanel(canvas_->stitchOut(), settings_, this);
+    playerDock_ = new QDockWidget(tr("Stitch-Out Player"), this);
+    playerDock_->setObjectName(QStringLiteral("player"));
+    playerDock_->setWidget(player_);
+    playerDock_->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable |
+                             QDockWidget::DockWidgetFloatable);
+    addDockWidget(Qt::BottomDockWidgetArea, playerDock_);
+    playerDock_->hide();
+    // Closing the panel ends the animation; the canvas shows the whole design again.
+    connect(playerDock_, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+        if (!visible && !playerDock_->isVisible()) {
+            action(HMKCommand::stitchOutPlayer)->setChecked(false);
+        }
+    });
+}
+
 void HMKDocumentWindow::buildStatusBar() {
     positionLabel_ = new QLabel(this);
     zoomLabel_ = new QLabel(this);
     positionLabel_->setMinimumWidth(180);
     statusBar()->addPermanentWidget(positionLabel_);
     statusBar()->addPermanentWidget(zoomLabel_);
+    connect(canvas_, &HMKDesignCanvas::measurementChanged, this, [this](const QString& text) {
+        if (text.isEmpty()) {
+            statusBar()->clearMessage();
+        } else {
+            statusBar()->showMessage(tr("Measured: %1").arg(text));
+        }
+    });
     connect(canvas_, &HMKDesignCanvas::zoomChanged, this,
             [this](double zoom) { zoomLabel_->setText(tr("%1 %").arg(zoom * 100, 0, 'f', 0)); });
     connect(canvas_, &HMKDesignCanvas::pointerMoved, this, [this](std::optional<HMKPoint> point) {
@@ -240,6 +281,9 @@ void HMKDocumentWindow::connectActions() {
             showError(tr("Revert Failed"), error);
         }
     });
+    on(HMKCommand::print, [this] { print(); });
+    on(HMKCommand::printPreview, [this] { printPreview(); });
+    on(HMKCommand::exportPdf, [this] { exportPdf(); });
     on(HMKCommand::close, [this] { close(); });
     on(HMKCommand::quit, [this] { application_.quit(); });
 
@@ -276,6 +320,17 @@ void HMKDocumentWindow::connectActions() {
     on(HMKCommand::zoomToFit, [this] { canvas_->zoomToFit(); });
     on(HMKCommand::actualSize, [this] { canvas_->zoomToActualSize(); });
     on(HMKCommand::backgroundColor, [this] { chooseBackground(); });
+    connect(action(HMKCommand::stitchOutPlayer), &QAction::toggled, this, [this](bool on) {
+        playerDock_->setVisible(on);
+        canvas_->stitchOut().setActive(on);
+        if (on) {
+            player_->setFocus();
+        }
+    });
+    connect(action(HMKCommand::measure), &QAction::toggled, canvas_,
+            &HMKDesignCanvas::setMeasuring);
+    connect(canvas_, &HMKDesignCanvas::measuringChanged, action(HMKCommand::measure),
+            &QAction::setChecked);
     for (HMKCommand mode : {HMKCommand::selectRectangle, HMKCommand::selectStitch,
                             HMKCommand::selectBlock, HMKCommand::selectThread}) {
         on(mode,
@@ -319,7 +374,8 @@ void HMKDocumentWindow::updateActions() {
     enable(HMKCommand::paste, HMKDocument::canPaste());
     for (HMKCommand command :
          {HMKCommand::selectAll, HMKCommand::invertSelection, HMKCommand::center,
-          HMKCommand::basting, HMKCommand::resetPalette, HMKCommand::zoomToFit}) {
+          HMKCommand::basting, HMKCommand::resetPalette, HMKCommand::zoomToFit, HMKCommand::print,
+          HMKCommand::printPreview, HMKCommand::exportPdf, HMKCommand::stitchOutPlayer}) {
         enable(command, hasDesign);
     }
 }
@@ -568,6 +624,80 @@ void HMKDocumentWindow::addBasting() {
     if (values) {
         document_->bastingWithStitchlength(static_cast<float>(values->at(0)),
                                            static_cast<float>(values->at(1)));
+    }
+}
+
+// --- Printing ---------------------------------------------------------------------------------
+
+bool HMKDocumentWindow::printTo(QPagedPaintDevice& device) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool printed = paintPrintout(document_->design(), device, settings_.printOptions());
+    QApplication::restoreOverrideCursor();
+    if (!printed) {
+        dialogHooks().alert(this, HMKAlert::message(tr("The design could not be printed."),
+                                                    tr("The printer could not be started.")));
+    }
+    return printed;
+}
+
+void HMKDocumentWindow::print() {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(document_->displayName());
+    QPrintDialog dialog(&printer, this);
+    dialog.setWindowTitle(settings_.value(HMKSettings::printTemplate)
+                              ? tr("Print Template at True Size")
+                              : tr("Print Worksheet"));
+    if (dialogHooks().runDialog(dialog) == QDialog::Accepted) {
+        printTo(printer);
+    }
+}
+
+void HMKDocumentWindow::printPreview() {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(document_->displayName());
+    QPrintPreviewDialog preview(&printer, this);
+    preview.setWindowTitle(tr("Print Preview — %1").arg(document_->displayName()));
+    connect(&preview, &QPrintPreviewDialog::paintRequested, this,
+            [this](QPrinter* target) { printTo(*target); });
+    // The print options sit in the preview's own toolbar and redraw it when changed.
+    if (auto* tools = preview.findChild<QToolBar*>()) {
+        tools->addSeparator();
+        for (HMKCommand command :
+             {HMKCommand::printTemplate, HMKCommand::printJumps, HMKCommand::printGrid,
+              HMKCommand::printHoop, HMKCommand::printFastMode}) {
+            tools->addAction(action(command));
+        }
+    }
+    if (auto* pages = preview.findChild<QPrintPreviewWidget*>()) {
+        connect(&settings_, &HMKSettings::changed, pages, &QPrintPreviewWidget::updatePreview);
+    }
+    dialogHooks().runDialog(preview);
+}
+
+void HMKDocumentWindow::exportPdf() {
+    std::filesystem::path suggested = document_->fileURL();
+    const std::string stem =
+        std::filesystem::path(document_->design().designName()).stem().string();
+    suggested.replace_filename(
+        (stem.empty() ? std::string("Untitled") : stem) +
+        (settings_.value(HMKSettings::printTemplate) ? " template.pdf" : " worksheet.pdf"));
+    QString path = dialogHooks().saveFileName(this, fileText(suggested), tr("PDF (*.pdf)"));
+    if (path.isEmpty()) {
+        return;
+    }
+    if (QFileInfo(path).suffix().isEmpty()) {
+        path += QStringLiteral(".pdf");
+    }
+    HMKError error;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    // The paper the printing system would choose (the locale's when none is set up).
+    const QPageSize paper = QPrinter().pageLayout().pageSize();
+    const bool written =
+        writePrintoutPdf(document_->design(), filePath(path), settings_.printOptions(),
+                         paper.isValid() ? paper : QPageSize(QPageSize::A4), &error);
+    QApplication::restoreOverrideCursor();
+    if (!written) {
+        showError(tr("The PDF could not be written."), error);
     }
 }
 

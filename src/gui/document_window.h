@@ -15,6 +15,9 @@
 class HMKApplicationController;
 class HMKDesignCanvas;
 class HMKInformationPanel;
+class HMKPlayerPanel;
+class QDockWidget;
+class QPagedPaintDevice;
 class HMKThreadListView;
 class QLabel;
 class QMenu;
@@ -32,6 +35,7 @@ public:
     HMKDesignCanvas& canvas() { return *canvas_; }
     HMKThreadListView& threadList() { return *threadList_; }
     HMKInformationPanel& informationPanel() { return *information_; }
+    HMKPlayerPanel& playerPanel() { return *player_; }
     // The window shows no design and has no unsaved edits (a new file may replace it).
     bool isEmptyAndUnchanged() const;
 
@@ -43,6 +47,10 @@ public:
     // Asks to save unsaved edits; false when the user cancelled (the window stays).
     bool maybeSave();
 
+    // --- Printing --------------------------------------------------------------------------
+    // Paints the printout the print options choose onto the device (a printer or PDF).
+    bool printTo(QPagedPaintDevice& device);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -50,6 +58,7 @@ protected:
 
 private:
     void buildMenus();
+    void buildPlayer();
     void buildToolBar();
     void buildDocks();
     void buildStatusBar();
@@ -65,6 +74,9 @@ private:
     void moveSelection();
     void addBasting();
     void chooseBackground();
+    void print();
+    void printPreview();
+    void exportPdf();
 
     HMKApplicationController& application_;
     HMKSettings& settings_;
@@ -75,4 +87,6 @@ private:
     HMKInformationPanel* information_ = nullptr;
     QLabel* positionLabel_ = nullptr;
     QLabel* zoomLabel_ = nullptr;
+    HMKPlayerPanel* player_ = nullptr;
+    QDockWidget* playerDock_ = nullptr;
 };

@@ -27,6 +27,7 @@ const char* const kRowNames[] = {
     QT_TRANSLATE_NOOP("HMKInformationPanel", "Colours"),
     QT_TRANSLATE_NOOP("HMKInformationPanel", "Palette"),
     QT_TRANSLATE_NOOP("HMKInformationPanel", "Hoop"),
+    QT_TRANSLATE_NOOP("HMKInformationPanel", "Sewing time"),
 };
 
 QString lengthText(double millimetres, HMKMeasurementUnit unit) {
@@ -63,7 +64,7 @@ HMKInformationPanel::HMKInformationPanel(HMKDocument& document, HMKSettings& set
     connect(&document_, &HMKDocument::shownThreadChanged, this,
             &HMKInformationPanel::requestPicture);
     connect(&settings_, &HMKSettings::changed, this, [this](const QString& key) {
-        if (key == HMKSettings::measurementUnit.name) {
+        if (key == HMKSettings::measurementUnit.name || key == HMKSettings::machineSpeed.name) {
             refresh();
         }
     });
@@ -106,6 +107,11 @@ void HMKInformationPanel::refresh() {
         values.append(design.designHoop()
                           ? QString::fromStdString(design.designHoop()->description())
                           : tr("None"));
+        const HMKSewingTimeSettings timing = settings_.sewingTimeSettings();
+        values.append(tr("%1 at %2 stitches/min")
+                          .arg(QString::fromStdString(
+                                   sewingTimeText(sewingSecondsOf(design.stitches(), timing))),
+                               QLocale().toString(timing.stitchesPerMinute)));
     }
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         rows_[i].second->setText(values[static_cast<int>(i)]);

@@ -183,20 +183,31 @@ QWidget* HMKPreferencesDialog::buildGeneralPage() {
     return page;
 }
 
+QSpinBox* HMKPreferencesDialog::spinBoxFor(const HMKSettingKey<int>& key, int minimum, int maximum,
+                                           const QString& suffix, QWidget* page) {
+    auto* box = new QSpinBox(page);
+    box->setRange(minimum, maximum);
+    box->setSuffix(suffix);
+    connect(box, &QSpinBox::valueChanged, this, [this, &key](int value) {
+        if (!reloading_) {
+            settings_.setValue(key, value);
+        }
+    });
+    reloaders_.push_back([this, box, &key] { box->setValue(settings_.value(key)); });
+    return box;
+}
+
 QWidget* HMKPreferencesDialog::buildPlayerPage() {
     auto* page = new QWidget(this);
     auto* form = new QFormLayout(page);
-    auto* speed = new QSpinBox(page);
-    speed->setRange(1, 10000);
-    speed->setSuffix(tr(" stitches/s"));
-    connect(speed, &QSpinBox::valueChanged, this, [this](int value) {
-        if (!reloading_) {
-            settings_.setValue(HMKSettings::stitchSpeed, value);
-        }
-    });
-    reloaders_.push_back(
-        [this, speed] { speed->setValue(settings_.value(HMKSettings::stitchSpeed)); });
-    form->addRow(tr("Stitch &speed:"), speed);
+    form->addRow(tr("Stitch-out &speed:"),
+                 spinBoxFor(HMKSettings::stitchSpeed, 1, 20000, tr(" stitches/s"), page));
+    QSpinBox* machine = spinBoxFor(HMKSettings::machineSpeed, 50, 3000, tr(" stitches/min"), page);
+    machine->setSingleStep(50);
+    machine->setToolTip(
+        tr("The embroidery machine's speed, for the sewing time shown in the information "
+           "panel, the player and the worksheet."));
+    form->addRow(tr("&Machine speed:"), machine);
     auto* sound = new QCheckBox(tr("&Mute the machine sound"), page);
     connect(sound, &QCheckBox::toggled, this, [this](bool on) {
         if (!reloading_) {

@@ -11,6 +11,7 @@
 #include "platform/settings.h"
 
 class QCheckBox;
+class QSpinBox;
 
 class HMKPreferencesDialog : public QDialog {
     Q_OBJECT
@@ -24,6 +25,9 @@ private:
     QWidget* buildDisplayPage();
     QWidget* buildGeneralPage();
     QWidget* buildPlayerPage();
+    // A spin box that edits an integer setting.
+    QSpinBox* spinBoxFor(const HMKSettingKey<int>& key, int minimum, int maximum,
+                         const QString& suffix, QWidget* page);
     // Shows the stored values in every control.
     void reload();
 

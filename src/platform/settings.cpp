@@ -1,5 +1,6 @@
 #include "platform/settings.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -95,6 +96,7 @@ const std::vector<std::pair<QString, QVariant>>& HMKSettings::knownKeys() {
         add(showRulers), add(printJumps), add(printGrid), add(printCenter), add(printHoop);
         add(printFirst), add(printLast), add(printStructure), add(printFastMode);
         add(printTemplate), add(measurementUnit), add(stitchSpeed), add(soundMuted);
+        add(machineSpeed);
         add(skipOpenDialog), add(checkForUpdates), add(recentFiles), add(defaultThreads);
         add(alertWriteToURL), add(bastingLength), add(bastingDistance);
         add(undoMemoryMegabytes), add(machineTag);
@@ -152,6 +154,28 @@ QVariant HMKSettings::valueForName(const QString& name) const {
 
 void HMKSettings::setValueForName(const QString& name, const QVariant& value) {
     storeValue(name, value);
+}
+
+HMKSewingTimeSettings HMKSettings::sewingTimeSettings() const {
+    HMKSewingTimeSettings settings;
+    settings.stitchesPerMinute = std::max(value(machineSpeed), 1);
+    return settings;
+}
+
+HMKPrintOptions HMKSettings::printOptions() const {
+    HMKPrintOptions options;
+    options.showJumps = value(printJumps);
+    options.showGrid = value(printGrid);
+    options.showCenter = value(printCenter);
+    options.showHoop = value(printHoop);
+    options.showFirst = value(printFirst);
+    options.showLast = value(printLast);
+    options.showStructure = value(printStructure);
+    options.fastMode = value(printFastMode);
+    options.printTemplate = value(printTemplate);
+    options.unit = value(measurementUnit);
+    options.timing = sewingTimeSettings();
+    return options;
 }
 
 void HMKSettings::resetAll() {

@@ -22,7 +22,9 @@
 #include <QStringList>
 #include <QVariant>
 
+#include "model/sewing_time.h"
 #include "model/units.h"
+#include "platform/printout.h"
 
 // One setting: the key it is stored under and the value used while none is stored.
 template <typename T>
@@ -66,6 +68,8 @@ public:
     // Stitches per second of the stitch-out player.
     inline static const HMKSettingKey<int> stitchSpeed{"StitchSpeed", 100};
     inline static const HMKSettingKey<bool> soundMuted{"SoundMuted", false};
+    // The embroidery machine's speed in stitches per minute, for the sewing-time estimate.
+    inline static const HMKSettingKey<int> machineSpeed{"MachineSpeed", 700};
     inline static const HMKSettingKey<bool> skipOpenDialog{"SkipOpenDialog", false};
     // Kept for the settings file's sake: on Linux updates come from the package manager.
     inline static const HMKSettingKey<bool> checkForUpdates{"CheckForUpdates", false};
@@ -114,6 +118,10 @@ public:
     void reset(const HMKSettingKey<T>& key) {
         storeValue(key.name, QVariant());
     }
+    // The sewing-time estimate's settings, with the machine speed above.
+    HMKSewingTimeSettings sewingTimeSettings() const;
+    // The print switches, unit and machine speed as the printouts take them.
+    HMKPrintOptions printOptions() const;
     // Forgets every setting above (the preferences window's "Restore Defaults").
     void resetAll();
     // Writes pending changes to the file now (QSettings otherwise writes them a little later).

@@ -27,7 +27,7 @@ TEST_F(InfoCommand, PrintsDescriptionsInTheChosenUnitAndErrorsInPlace) {
     ToolRun run = runTool({"info", flower.string(), star.string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out,
-              imported(flower).description() + "\n\n" + imported(star).description() + "\n");
+              designInfoText(imported(flower)) + "\n\n" + designInfoText(imported(star)) + "\n");
     EXPECT_NE(runTool({"info", flower.string(), "--unit", "frac"}).out.find("\" x "),
               std::string::npos);
     run = runTool({"info", path("empty.dst"), path("star.xyz")});

@@ -14,7 +14,7 @@ TEST_F(WrongExtension, InfoSaysTheFileHoldsAnotherFormat) {
     const std::string note = "The file holds a PES design; its extension names another format.\n";
     ToolRun run = runTool({"info", file.string()});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, imported(file).description() + "\n" + note);
+    EXPECT_EQ(run.out, designInfoText(imported(file)) + "\n" + note);
     HMKJson json = HMKJson::parse(runTool({"info", "--json", file.string()}).out);
     EXPECT_EQ(json["type"], "PES");
     EXPECT_EQ(json["extensionMismatch"], true);
