@@ -21,3 +21,7 @@ HMKCommandRunner addPalettesCommand(CLI::App& app);
 HMKCommandRunner addHoopsCommand(CLI::App& app);
 // hemlark machines
 HMKCommandRunner addMachinesCommand(CLI::App& app);
+// hemlark volumes --machine N
+HMKCommandRunner addVolumesCommand(CLI::App& app);
+// hemlark export FILE --machine N (--volume MOUNTPOINT | --dir FOLDER) [...]
+HMKCommandRunner addExportCommand(CLI::App& app);

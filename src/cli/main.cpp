@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
         ->type_name("FILE");
     std::vector<std::pair<CLI::App*, HMKCommandRunner>> commands;
     for (auto add : {addInfoCommand, addConvertCommand, addRenderCommand, addPalettesCommand,
-                     addHoopsCommand, addMachinesCommand}) {
+                     addHoopsCommand, addMachinesCommand, addVolumesCommand, addExportCommand}) {
         HMKCommandRunner run = add(app);
         // Every subcommand so far (without a filter, CLI11 lists only the parsed ones).
         auto all = app.get_subcommands([](const CLI::App*) { return true; });

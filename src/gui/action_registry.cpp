@@ -206,9 +206,6 @@ HMKActionRegistry::HMKActionRegistry(HMKSettings& settings, QObject* parent) : Q
         selectionModes_->addAction(action(row.command));
     }
     action(HMKCommand::selectRectangle)->setChecked(true);
-    // Wired by the machine export when it arrives.
-    action(HMKCommand::exportToMachine)->setEnabled(false);
-    action(HMKCommand::exportToMachine)->setVisible(false);
     action(HMKCommand::stitchOutPlayer)->setCheckable(true);
     action(HMKCommand::measure)->setCheckable(true);
     action(HMKCommand::quit)->setMenuRole(QAction::QuitRole);

@@ -21,7 +21,6 @@ enum class HMKCommand {
     save,
     saveAs,
     revert,
-    // Wired by the machine export; hidden until then.
     exportToMachine,
     print,
     printPreview,

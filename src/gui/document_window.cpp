@@ -27,6 +27,7 @@
 #include "gui/design_canvas.h"
 #include "gui/dialog_hooks.h"
 #include "gui/information_panel.h"
+#include "gui/machine_export_flow.h"
 #include "gui/player_panel.h"
 #include "gui/thread_list_view.h"
 #include "platform/printout.h"
@@ -281,6 +282,8 @@ void HMKDocumentWindow::connectActions() {
             showError(tr("Revert Failed"), error);
         }
     });
+    on(HMKCommand::exportToMachine,
+       [this, &document] { exportToMachine(this, document, settings_, desktopVolumeMonitor()); });
     on(HMKCommand::print, [this] { print(); });
     on(HMKCommand::printPreview, [this] { printPreview(); });
     on(HMKCommand::exportPdf, [this] { exportPdf(); });
@@ -356,6 +359,7 @@ void HMKDocumentWindow::updateActions() {
     };
     enable(HMKCommand::save, hasDesign && (document.isModified() || !document.canSaveInPlace()));
     enable(HMKCommand::saveAs, hasDesign);
+    enable(HMKCommand::exportToMachine, hasDesign);
     enable(HMKCommand::revert, document.isModified() && !document.fileURL().empty());
     enable(HMKCommand::undo, stack->canUndo());
     enable(HMKCommand::redo, stack->canRedo());

@@ -12,25 +12,6 @@ namespace {
 constexpr double kMillimetresPerInch = 25.4;
 constexpr const char* kInchSign = "\"";
 
-// Fixed decimals with "," grouping of the whole part, as the patterns "#,##0.0"/"#,##0.00".
-std::string groupedDecimal(double value, int decimals) {
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "%.*f", decimals, value);
-    std::string text = buffer;
-    std::size_t start = text[0] == '-' ? 1 : 0;
-    std::size_t point = text.find('.');
-    if (point == std::string::npos)
-        point = text.size();
-    for (std::ptrdiff_t i = static_cast<std::ptrdiff_t>(point) - 3;
-         i > static_cast<std::ptrdiff_t>(start); i -= 3) {
-        text.insert(static_cast<std::size_t>(i), ",");
-    }
-    if (text == "-0.0" || text == "-0.00") {
-        text.erase(0, 1);
-    }
-    return text;
-}
-
 std::string fractionalInches(double millimetres) {
     const double inches = millimetres / kMillimetresPerInch;
     const int whole = static_cast<int>(inches);
@@ -111,6 +92,24 @@ double parseFraction(std::string_view text) {
 }
 
 }  // namespace
+
+std::string groupedDecimal(double value, int decimals) {
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%.*f", decimals, value);
+    std::string text = buffer;
+    std::size_t start = text[0] == '-' ? 1 : 0;
+    std::size_t point = text.find('.');
+    if (point == std::string::npos)
+        point = text.size();
+    for (std::ptrdiff_t i = static_cast<std::ptrdiff_t>(point) - 3;
+         i > static_cast<std::ptrdiff_t>(start); i -= 3) {
+        text.insert(static_cast<std::size_t>(i), ",");
+    }
+    if (text == "-0.0" || text == "-0.00") {
+        text.erase(0, 1);
+    }
+    return text;
+}
 
 HMKMeasurementUnit HMKValueTransformer::currentUnit() {
     auto unit = HMKUserDefaults::standard().integerForKey("MeasurementUnit").value_or(0);

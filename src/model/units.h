@@ -22,3 +22,7 @@ public:
     static double reverseTransformedValue(std::string_view text);
     static double reverseTransformedValue(std::string_view text, HMKMeasurementUnit unit);
 };
+
+// Fixed decimals with "," grouping of the whole part, as the patterns "#,##0", "#,##0.0" and
+// "#,##0.00" ("64,000", "1,234.5").
+std::string groupedDecimal(double value, int decimals);
