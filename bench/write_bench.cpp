@@ -8,11 +8,6 @@
 #include <string>
 
 #include "model/design.h"
-#include "render/raster_provider.h"
-#if __has_include("platform/qt_raster_provider.h")
-#include "platform/qt_raster_provider.h"
-#define HEMLARK_HAS_QT_RASTER_PROVIDER 1
-#endif
 
 namespace {
 
@@ -53,14 +48,7 @@ private:
     std::filesystem::path path_;
 };
 
-void installProvider() {
-#ifdef HEMLARK_HAS_QT_RASTER_PROVIDER
-    installQtRasterProvider();
-#endif
-}
-
 void BM_ExportDesign(benchmark::State& state, const std::string& extension) {
-    installProvider();
     HMKDesign design = makeDesign(static_cast<std::size_t>(state.range(0)));
     ScratchFolder folder;
     const std::filesystem::path target = folder.path() / ("bench." + extension);
@@ -77,7 +65,6 @@ void BM_ExportDesign(benchmark::State& state, const std::string& extension) {
 using Writer = bool (HMKDesign::*)(const std::filesystem::path&, HMKError*);
 
 void BM_WriterOnly(benchmark::State& state, Writer writer, const std::string& extension) {
-    installProvider();
     HMKDesign design = makeDesign(static_cast<std::size_t>(state.range(0)));
     design.optimizeJumpsFor(extension == "dst" ? "DST" : extension == "jef" ? "JEF" : "EXP");
     ScratchFolder folder;

@@ -15,7 +15,6 @@
 
 #include "document/document.h"
 #include "gui/design_canvas.h"
-#include "platform/qt_raster_provider.h"
 
 namespace {
 
@@ -176,7 +175,6 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     QApplication application(argc, argv);
-    installQtRasterProvider();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

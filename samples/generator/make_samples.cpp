@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "model/color_list.h"
-#include "platform/qt_raster_provider.h"
 #include "sample_designs.h"
 
 int main(int argc, char** argv) {
@@ -15,8 +14,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: hemlark-samples FOLDER\n");
         return 2;
     }
-    // The PES and PEC writers draw their thumbnails through the raster provider.
-    installQtRasterProvider();
     if (!HMKColorList::named("Janome")) {
         std::fprintf(stderr, "hemlark-samples: the Janome thread palette is not installed\n");
         return 1;

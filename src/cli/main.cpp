@@ -6,7 +6,6 @@
 #include "cli/commands.h"
 #include "cli/diagnostics.h"
 #include "cli/outcome.h"
-#include "platform/qt_raster_provider.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"hemlark - inspect, edit and convert machine-embroidery designs"};
@@ -33,8 +32,6 @@ int main(int argc, char** argv) {
         printError(toolError("Cannot open the log " + logFile + "."));
         return kExitFailure;
     }
-    // The PES and PEC writers draw their thumbnails through the raster provider.
-    installQtRasterProvider();
     for (auto& [command, run] : commands) {
         if (command->parsed()) {
             return run();

@@ -17,10 +17,15 @@
 
 namespace {
 
+constexpr int kDefaultSizePixels = 1000;
+
 struct RenderOptions {
     std::string input;
     std::string output;
-    int sizePixels = 1000;
+    // PNG only: the longer side in pixels.
+    std::optional<int> sizePixels;
+    // SVG and PDF only: times the real size.
+    std::optional<double> scale;
     bool show3D = false;
     bool showJumps = false;
     bool showStructure = false;
@@ -90,8 +95,18 @@ int runRender(const RenderOptions& options) {
     if (options.worksheet || options.printTemplate) {
         return runPrintout(options, design);
     }
+    // The pixel size means nothing to a vector picture, nor the scale to a raster one.
+    const bool vector = pictureFormatForPath(options.output).value_or(HMKPictureFormat::png) !=
+                        HMKPictureFormat::png;
+    if (vector ? options.sizePixels.has_value() : options.scale.has_value()) {
+        printError(toolError(vector
+                                 ? "--size applies to PNG pictures; use --scale for SVG and PDF."
+                                 : "--scale applies to SVG and PDF pictures; use --size for PNG."));
+        return kExitUsage;
+    }
     HMKPictureOptions picture;
-    fitPictureToDesign(design, options.sizePixels, picture);
+    fitPictureToDesign(design, options.sizePixels.value_or(kDefaultSizePixels), picture);
+    picture.vectorScale = options.scale.value_or(1);
     picture.background = options.background;
     picture.show3D = options.show3D;
     picture.showJumps = options.showJumps;
@@ -114,10 +129,15 @@ HMKCommandRunner addRenderCommand(CLI::App& app) {
     command->add_option("OUT", options->output, "Picture file: .png, .svg or .pdf")->required();
     command
         ->add_option("--size", options->sizePixels,
-                     "Longer side of the picture in pixels (default 1000)")
+                     "PNG: longer side of the picture in pixels (default 1000)")
         ->type_name("PX")
         ->check(
             CLI::Range(std::max(2 * HMKPictureOptions().marginPixels + 1, 1), kMaximumPictureSide));
+    command
+        ->add_option("--scale", options->scale,
+                     "SVG, PDF: times the design's real size (default 1, real size)")
+        ->type_name("FACTOR")
+        ->check(CLI::Range(kMinimumVectorScale, kMaximumVectorScale));
     command->add_flag("--3d", options->show3D, "Shade the thread");
     command->add_flag("--jumps", options->showJumps, "Draw the jumps as dashed lines");
     command->add_flag("--structure", options->showStructure, "Mark every needle point");
@@ -159,7 +179,7 @@ HMKCommandRunner addRenderCommand(CLI::App& app) {
     command->footer(
         "Examples:\n"
         "  hemlark render samples/flower.pcs flower.png --size 1200 --3d\n"
-        "  hemlark render samples/heart.dst heart.svg --jumps --structure\n"
+        "  hemlark render samples/heart.dst heart.svg --jumps --structure --scale 2\n"
         "  hemlark render samples/flower.pcs petals.pdf --thread 1 --background white\n"
         "  hemlark render samples/flower.pcs worksheet.pdf --worksheet --3d\n"
         "  hemlark render samples/heart.jef template.pdf --template --page Letter");

@@ -2,17 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <optional>
-#include <thread>
 #include <vector>
 
 #include <QCoreApplication>
-#include <QPainter>
 #include <QRunnable>
 #include <QThread>
 
-#include "platform/painter_context.h"
+#include "platform/design_image.h"
 
 QSize HMKCanvasRenderRequest::pixelSize() const {
     return QSize(static_cast<int>(std::ceil(region.width * scale)),
@@ -31,23 +28,29 @@ namespace {
 constexpr qint64 kBandedPixels = 512 * 512;
 constexpr int kMaximumBands = 4;
 
-// Draws design (the request's, or a copy of it with a display range) over the rows
-// [top, top + rows) of the request's picture into image, which is that band.
-void drawDesignBand(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image,
-                    int top) {
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    // Design units to pixels with y pointing up, the region's top-left at (0, -top).
+// Design units to the request's picture pixels, with y pointing up and the region's top-left
+// corner at (0, 0).
+HMKAffineTransform designToPicture(const HMKCanvasRenderRequest& request) {
     const double regionTop = request.region.y + request.region.height;
-    painter.setTransform(QTransform(request.scale, 0, 0, -request.scale,
-                                    -request.region.x * request.scale,
-                                    regionTop * request.scale - top));
-    // Only the band's part of the design is walked for drawing (jumps excepted).
-    const HMKRect band{request.region.x, regionTop - (top + image.height()) / request.scale,
-                       request.region.width, image.height() / request.scale};
-    HMKPainterContext context(painter);
-    design.drawDesignInRect(band, context, request.show3D, request.showJumps,
-                            request.showStructure);
+    return {request.scale,
+            0,
+            0,
+            -request.scale,
+            -request.region.x * request.scale,
+            regionTop * request.scale};
+}
+
+HMKDrawingSwitches switchesOf(const HMKCanvasRenderRequest& request) {
+    return {request.show3D, request.showJumps, request.showStructure, -1};
+}
+
+// Draws design (the request's, or a short design of the records sewn last) over the request's
+// picture.
+void drawDesignOver(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image) {
+    const HMKRasterTarget target{reinterpret_cast<std::uint32_t*>(image.bits()), image.width(),
+                                 image.height(),
+                                 static_cast<std::size_t>(image.bytesPerLine()) / 4};
+    drawDesignIntoRaster(design, target, designToPicture(request), switchesOf(request));
 }
 
 // The records the renderer draws for a display range of location 0 and this length are the
@@ -55,10 +58,6 @@ void drawDesignBand(const HMKCanvasRenderRequest& request, const HMKDesign& desi
 HMKRange firstRecords(std::uint64_t count) {
     return HMKRange{0, count - 1};
 }
-
-}  // namespace
-
-namespace {
 
 // Moves state on to the state after record `to` (state.record <= to).
 void sewUpTo(HMKSewingState& state, const std::vector<HMKStitch>& stitches, std::uint64_t to) {
@@ -84,7 +83,7 @@ void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to)
             image.image.fill(Qt::transparent);
         }
         design.setDisplayRange(firstRecords(to));
-        drawDesignBand(image.request, design, image.image, 0);
+        drawDesignOver(image.request, design, image.image);
         image.request.sewnRecords = to;
         return;
     }
@@ -112,7 +111,7 @@ void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to)
         std::swap(design.threads(), threads);
         // From the window's third record (the renderer starts at location - 1) to its end.
         design.setDisplayRange({3, to - from - 1});
-        drawDesignBand(image.request, design, image.image, 0);
+        drawDesignOver(image.request, design, image.image);
         std::swap(design.stitches(), window);
         std::swap(design.threads(), threads);
     }
@@ -120,24 +119,9 @@ void drawSewnRecords(HMKCanvasImage& image, HMKDesign& design, std::uint64_t to)
     image.request.sewnRecords = to;
 }
 
-namespace {
-
-// Draws the rows [top, top + rows) of the request's picture into image, which is that band.
-void drawBand(const HMKCanvasRenderRequest& request, const HMKDesign& design, QImage& image,
-              int top) {
-    image.fill(Qt::transparent);
-    drawDesignBand(request, design, image, top);
-}
-
-}  // namespace
-
 QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     const QSize size = request.pixelSize();
     if (!request.design || size.isEmpty()) {
-        return {};
-    }
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull()) {
         return {};
     }
     // The stitch-out animation's pictures draw a copy whose display range ends at the needle.
@@ -145,48 +129,23 @@ QImage renderCanvasImage(const HMKCanvasRenderRequest& request) {
     std::optional<HMKDesign> sewn;
     if (request.sewnRecords) {
         if (*request.sewnRecords == 0) {
-            image.fill(Qt::transparent);
-            return image;
+            QImage empty(size, QImage::Format_ARGB32_Premultiplied);
+            empty.fill(Qt::transparent);
+            return empty;
         }
         sewn.emplace(*request.design);
         sewn->setDisplayRange(firstRecords(*request.sewnRecords));
         design = &*sewn;
     }
+    HMKDesignImageRequest image;
+    image.widthPixels = size.width();
+    image.heightPixels = size.height();
+    image.designToPixels = designToPicture(request);
+    image.switches = switchesOf(request);
     const qint64 pixels = static_cast<qint64>(size.width()) * size.height();
-    const int bands = pixels < kBandedPixels ? 1
-                                             : std::clamp(QThread::idealThreadCount(), 1,
-                                                          std::min(kMaximumBands, size.height()));
-    if (bands == 1) {
-        drawBand(request, *design, image, 0);
-        return image;
-    }
-    // Horizontal bands drawn in parallel, each into its own raster (a QImage is not shared
-    // between painting threads), then copied into place row by row.
-    const int rowsPerBand = (size.height() + bands - 1) / bands;
-    std::vector<QImage> parts;
-    for (int top = 0; top < size.height(); top += rowsPerBand) {
-        parts.emplace_back(size.width(), std::min(rowsPerBand, size.height() - top),
-                           QImage::Format_ARGB32_Premultiplied);
-    }
-    std::vector<std::thread> helpers;
-    for (std::size_t band = 1; band < parts.size(); ++band) {
-        helpers.emplace_back([&, band] {
-            drawBand(request, *design, parts[band], static_cast<int>(band) * rowsPerBand);
-        });
-    }
-    drawBand(request, *design, parts[0], 0);
-    for (std::thread& helper : helpers) {
-        helper.join();
-    }
-    for (std::size_t band = 0; band < parts.size(); ++band) {
-        const QImage& part = parts[band];
-        const int top = static_cast<int>(band) * rowsPerBand;
-        for (int row = 0; row < part.height(); ++row) {
-            std::memcpy(image.scanLine(top + row), part.constScanLine(row),
-                        static_cast<std::size_t>(part.bytesPerLine()));
-        }
-    }
-    return image;
+    image.threads =
+        pixels < kBandedPixels ? 1 : std::clamp(QThread::idealThreadCount(), 1, kMaximumBands);
+    return drawDesignImage(*design, image);
 }
 
 HMKCanvasImageRenderer::HMKCanvasImageRenderer(QObject* parent) : QObject(parent) {

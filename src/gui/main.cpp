@@ -11,7 +11,6 @@
 #include "gui/application_controller.h"
 #include "gui/design_canvas.h"
 #include "gui/document_window.h"
-#include "platform/qt_raster_provider.h"
 #include "platform/settings.h"
 
 namespace {
@@ -61,7 +60,6 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral(HEMLARK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("hemlark"));
     ensureIconTheme();
-    installQtRasterProvider();
     HMKSettings& settings = HMKSettings::shared();
     installSettingsAsUserDefaults(settings);
 

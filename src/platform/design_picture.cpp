@@ -2,12 +2,11 @@
 
 #include <QBuffer>
 #include <QByteArray>
-#include <QFont>
 #include <QPageLayout>
 #include <QPageSize>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPdfWriter>
-#include <QSvgGenerator>
 #include <QTransform>
 #include <algorithm>
 #include <cctype>
@@ -15,7 +14,9 @@
 #include <string>
 
 #include "formats/file_io.h"
-#include "platform/painter_context.h"
+#include "platform/design_image.h"
+#include "render/design_svg.h"
+#include "render/stitch_runs.h"
 
 namespace {
 
@@ -28,29 +29,49 @@ bool validSize(const HMKPictureOptions& options) {
            options.heightPixels <= kMaximumPictureSide;
 }
 
-QTransform toQTransform(const HMKAffineTransform& t) {
-    return QTransform(t.a, t.b, t.c, t.d, t.tx, t.ty);
+HMKDrawingSwitches switchesOf(const HMKPictureOptions& options) {
+    return {options.show3D, options.showJumps, options.showStructure, options.thread};
 }
 
-// Paints the background and the design onto a device of the options' pixel size.
-void paintDesign(QPainter& painter, const HMKDesign& design, const HMKPictureOptions& options) {
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (options.background) {
-        const HMKColor& color = *options.background;
-        painter.fillRect(QRectF(0, 0, options.widthPixels, options.heightPixels),
-                         QColor::fromRgbF(static_cast<float>(std::clamp(color.red(), 0.0, 1.0)),
-                                          static_cast<float>(std::clamp(color.green(), 0.0, 1.0)),
-                                          static_cast<float>(std::clamp(color.blue(), 0.0, 1.0))));
-    }
-    const HMKAffineTransform transform = designPictureTransform(design, options);
-    painter.setTransform(toQTransform(transform));
-    // The whole picture in design units, so that culling keeps everything visible.
-    const double scale = transform.a;
-    const HMKRect visible{-transform.tx / scale, (transform.ty - options.heightPixels) / scale,
-                          options.widthPixels / scale, options.heightPixels / scale};
-    HMKPainterContext context(painter);
-    design.drawDesignInRect(visible, context, options.show3D, options.showJumps,
-                            options.showStructure, options.thread);
+bool validScale(const HMKPictureOptions& options) {
+    return options.vectorScale >= kMinimumVectorScale && options.vectorScale <= kMaximumVectorScale;
+}
+
+QColor toQColor(const HMKRgba& color) {
+    auto unit = [](double value) { return static_cast<float>(std::clamp(value, 0.0, 1.0)); };
+    return QColor::fromRgbF(unit(color.red), unit(color.green), unit(color.blue),
+                            unit(color.alpha));
+}
+
+// Strokes every run of the design as one path, and its structure marks, on a painter whose
+// transform maps design units to the page.
+void paintRuns(QPainter& painter, const HMKDesign& design, const HMKPictureOptions& options) {
+    const double pointsPerUnit =
+        std::sqrt(std::abs(painter.transform().m11() * painter.transform().m22()));
+    QPainterPath path;
+    walkStitchRuns(design, switchesOf(options), [&](const HMKStitchRun& run) {
+        path.clear();
+        path.moveTo(run.points.front().x, run.points.front().y);
+        for (std::size_t i = 1; i < run.points.size(); ++i) {
+            path.lineTo(run.points[i].x, run.points[i].y);
+        }
+        for (const HMKRunStroke& stroke : run.strokes) {
+            QPen pen(QBrush(toQColor(stroke.color)), stroke.width, Qt::SolidLine, Qt::RoundCap,
+                     Qt::RoundJoin);
+            if (stroke.dashed) {
+                // Qt counts dashes in pen widths, or in device units for the thinnest line.
+                const double unit = stroke.width > 0 ? 1 / stroke.width : pointsPerUnit;
+                pen.setDashPattern({2 * unit, 3 * unit});
+            }
+            painter.strokePath(path, pen);
+        }
+        for (std::size_t i = 1; i < run.points.size() && run.markerSize > 0; ++i) {
+            painter.fillRect(
+                QRectF(run.points[i].x - run.markerSize / 2, run.points[i].y - run.markerSize / 2,
+                       run.markerSize, run.markerSize),
+                toQColor(run.markerColor));
+        }
+    });
 }
 
 std::vector<std::uint8_t> toBytes(const QByteArray& bytes) {
@@ -75,32 +96,15 @@ std::optional<std::vector<std::uint8_t>> pngData(const HMKDesign& design,
 }
 
 std::optional<std::vector<std::uint8_t>> svgData(const HMKDesign& design,
-                                                 const HMKPictureOptions& options,
-                                                 HMKError* error) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    if (!buffer.open(QIODevice::WriteOnly)) {
-        return encodingFailed(error);
+                                                 const HMKPictureOptions& options) {
+    std::optional<HMKRgba> background;
+    if (options.background) {
+        background = HMKRgba{options.background->red(), options.background->green(),
+                             options.background->blue(), 1};
     }
-    QSvgGenerator generator;
-    generator.setOutputDevice(&buffer);
-    generator.setSize(QSize(options.widthPixels, options.heightPixels));
-    generator.setViewBox(QRect(0, 0, options.widthPixels, options.heightPixels));
-    // CSS pixels, so that the document is as many pixels wide as asked for.
-    generator.setResolution(96);
-    generator.setTitle(QString::fromStdString(design.designName()));
-    QPainter painter;
-    if (!painter.begin(&generator)) {
-        return encodingFailed(error);
-    }
-    // The generator writes the painter's font into every group; without an application
-    // object that font has no size, and "-1" is not valid SVG.
-    painter.setFont(QFont(QStringLiteral("sans-serif"), 12));
-    paintDesign(painter, design, options);
-    if (!painter.end()) {
-        return encodingFailed(error);
-    }
-    return toBytes(bytes);
+    const std::string text =
+        designSvg(design, switchesOf(options), options.vectorScale, background);
+    return std::vector<std::uint8_t>(text.begin(), text.end());
 }
 
 std::optional<std::vector<std::uint8_t>> pdfData(const HMKDesign& design,
@@ -111,10 +115,13 @@ std::optional<std::vector<std::uint8_t>> pdfData(const HMKDesign& design,
     if (!buffer.open(QIODevice::WriteOnly)) {
         return encodingFailed(error);
     }
+    // One page of the design's real size (times the scale) and its margin, in points.
+    constexpr double kPointsPerUnit = 72.0 / 254.0;
+    const HMKVectorPage page = vectorPageOfDesign(design);
+    const double scale = kPointsPerUnit * options.vectorScale;
     QPdfWriter writer(&buffer);
-    // One page exactly the picture's size, one point per pixel.
     writer.setResolution(72);
-    writer.setPageLayout(QPageLayout(QPageSize(QSizeF(options.widthPixels, options.heightPixels),
+    writer.setPageLayout(QPageLayout(QPageSize(QSizeF(page.width * scale, page.height * scale),
                                                QPageSize::Point, QString(), QPageSize::ExactMatch),
                                      QPageLayout::Portrait, QMarginsF(0, 0, 0, 0),
                                      QPageLayout::Point));
@@ -124,7 +131,16 @@ std::optional<std::vector<std::uint8_t>> pdfData(const HMKDesign& design,
     if (!painter.begin(&writer)) {
         return encodingFailed(error);
     }
-    paintDesign(painter, design, options);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (options.background) {
+        const HMKColor& color = *options.background;
+        painter.fillRect(QRectF(0, 0, page.width * scale, page.height * scale),
+                         toQColor({color.red(), color.green(), color.blue(), 1}));
+    }
+    // y grows upward in the design and downward on the page.
+    painter.setTransform(
+        QTransform(scale, 0, 0, -scale, -page.left * scale, (page.bottom + page.height) * scale));
+    paintRuns(painter, design, options);
     if (!painter.end()) {
         return encodingFailed(error);
     }
@@ -189,30 +205,34 @@ QImage renderDesignImage(const HMKDesign& design, const HMKPictureOptions& optio
     if (!validSize(options)) {
         return QImage();
     }
-    QImage image(options.widthPixels, options.heightPixels, QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull()) {
-        return image;
-    }
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    paintDesign(painter, design, options);
-    return image;
+    HMKDesignImageRequest request;
+    request.widthPixels = options.widthPixels;
+    request.heightPixels = options.heightPixels;
+    request.designToPixels = designPictureTransform(design, options);
+    request.background = options.background;
+    request.switches = switchesOf(options);
+    request.threads = 0;
+    return drawDesignImage(design, request);
 }
 
 std::optional<std::vector<std::uint8_t>> designPictureData(const HMKDesign& design,
                                                            HMKPictureFormat format,
                                                            const HMKPictureOptions& options,
                                                            HMKError* error) {
-    if (!validSize(options)) {
+    if (format == HMKPictureFormat::png && !validSize(options)) {
         fail(error, kPictureSizeError,
              "The picture must be between 1 and 32767 pixels wide and high.");
+        return std::nullopt;
+    }
+    if (format != HMKPictureFormat::png && !validScale(options)) {
+        fail(error, kPictureSizeError, "The scale must be between 0.01 and 100.");
         return std::nullopt;
     }
     switch (format) {
         case HMKPictureFormat::png:
             return pngData(design, options, error);
         case HMKPictureFormat::svg:
-            return svgData(design, options, error);
+            return svgData(design, options);
         case HMKPictureFormat::pdf:
             return pdfData(design, options, error);
     }

@@ -1,6 +1,7 @@
-// Pictures of a design as PNG, SVG or PDF files: the whole design fitted into a picture of a
-// given pixel size, y pointing up as in the design view. Used by the tool's picture export,
-// the application's drag-out and the print preview.
+// Pictures of a design as PNG, SVG or PDF files, y pointing up as in the design view: PNG
+// fitted into a picture of a given pixel size, SVG and PDF at the design's real size (or a
+// multiple of it) with a margin. Used by the tool's picture export, the application's
+// drag-out and the print preview.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,7 @@
 #include "model/color.h"
 #include "model/design.h"
 #include "model/error.h"
-#include "render/raster_provider.h"
+#include "render/drawing_context.h"
 
 // Error codes of the picture helpers (outside the ranges of the design's file formats).
 inline constexpr int kPictureFormatError = 300;
@@ -22,14 +23,19 @@ inline constexpr int kPictureEncodingError = 302;
 
 // The largest picture side, in pixels (Qt's raster engine paints up to this size).
 inline constexpr int kMaximumPictureSide = 32767;
+// The vector scales accepted: from a hundredth to a hundred times the real size.
+inline constexpr double kMinimumVectorScale = 0.01;
+inline constexpr double kMaximumVectorScale = 100;
 
 enum class HMKPictureFormat { png, svg, pdf };
 
 struct HMKPictureOptions {
+    // PNG only: the picture size and the empty space left on every side of the design.
     int widthPixels = 1000;
     int heightPixels = 1000;
-    // Empty space left on every side of the design, in pixels.
     int marginPixels = 20;
+    // SVG and PDF only: 1 draws the design at its real size, 2 at twice that.
+    double vectorScale = 1;
     // Fills the picture first; without one PNG and SVG stay transparent and PDF white.
     std::optional<HMKColor> background;
     bool show3D = false;
@@ -57,7 +63,8 @@ void fitPictureToDesign(const HMKDesign& design, int longerSidePixels, HMKPictur
 // The picture as a raster (ARGB32 premultiplied), or a null image when the size is invalid.
 QImage renderDesignImage(const HMKDesign& design, const HMKPictureOptions& options);
 
-// The encoded file contents, or none with kPictureSizeError or kPictureEncodingError.
+// The encoded file contents, or none with kPictureSizeError (a PNG size or vector scale out
+// of range) or kPictureEncodingError.
 // Needs no application object and no display: nothing is drawn as text.
 std::optional<std::vector<std::uint8_t>> designPictureData(const HMKDesign& design,
                                                            HMKPictureFormat format,

@@ -25,17 +25,6 @@ double deviceScale(const QTransform& transform) {
         std::abs(transform.m11() * transform.m22() - transform.m12() * transform.m21()));
 }
 
-// The sweep of an arc from start to end in the given direction, within one full turn.
-double arcSweep(double startAngle, double endAngle, bool clockwise) {
-    constexpr double kFullTurn = 2 * std::numbers::pi;
-    double sweep = clockwise ? startAngle - endAngle : endAngle - startAngle;
-    if (sweep < 0) {
-        sweep = std::fmod(sweep, kFullTurn) + kFullTurn;
-    }
-    sweep = std::min(sweep, kFullTurn);
-    return clockwise ? -sweep : sweep;
-}
-
 }  // namespace
 
 HMKPainterContext::HMKPainterContext(QPainter& painter) : painter_(painter) {}

@@ -8,14 +8,10 @@
 #include "model/design.h"
 #include "model/stitch_walk.h"
 #include "render/drawing_context.h"
+#include "render/drawn_stitches.h"
 
 namespace {
 
-// Outline width of a stitch and of the selection overlay, in 0.1 mm.
-constexpr double kStitchWidth = 3.5;
-constexpr double kStructureStitchWidth = 0.5;
-// The lighter core of a flat stitch, relative to the outline width.
-constexpr double kCoreWidthFactor = 0.7;
 // Jumps thinner than this are drawn with width 0, the thinnest line the device can draw.
 constexpr double kThinnestJumpWidth = 0.5;
 // Stitches just outside the rectangle still reach into it with their width.
@@ -23,40 +19,6 @@ constexpr double kCullMargin = 50.0;
 constexpr double kMarkerSize = 1.0;
 // Half of pi, rounded as the arc angles of the 3D capsule have always used it.
 constexpr double kCapsuleQuarterTurn = 1.571;
-
-constexpr HMKRgba kSelectionColor{0.8, 0.0, 0.0, 0.6};
-constexpr HMKRgba kMarkerColor{0.0, 0.0, 0.0, 1.0};
-constexpr double kFadedAlpha = 0.1;
-
-// Everything the stitches of one thread are drawn with. Rebuilt only when a thread starts;
-// the gradients keep their three stops, so rebuilding allocates nothing after the first time.
-struct ThreadPaint {
-    HMKRgba color;
-    HMKRgba dark;
-    HMKRgba faded;
-    HMKRgba fadedDark;
-    HMKGradient gradient{std::vector<HMKRgba>(3), {0.0, 0.4, 1.0}};
-    HMKGradient fadedGradient{std::vector<HMKRgba>(3), {0.0, 0.4, 1.0}};
-
-    // Components are deliberately not clamped: the drawing layer decides what lies outside
-    // 0..1 looks like.
-    void setThreadColor(const HMKColor& threadColor) {
-        const double r = threadColor.red();
-        const double g = threadColor.green();
-        const double b = threadColor.blue();
-        const double grey = 0.21 * r + 0.71 * g + 0.08 * b + 0.22;
-        color = {r, g, b, 1.0};
-        dark = {r - 0.2, g - 0.2, b - 0.2, 1.0};
-        faded = {grey, grey, grey, kFadedAlpha};
-        fadedDark = {grey - 0.2, grey - 0.2, grey - 0.2, kFadedAlpha};
-        gradient.colors[0] = dark;
-        gradient.colors[1] = {r + 0.2, g + 0.2, b + 0.2, 1.0};
-        gradient.colors[2] = dark;
-        fadedGradient.colors[0] = fadedDark;
-        fadedGradient.colors[1] = {grey + 0.2, grey + 0.2, grey + 0.2, kFadedAlpha};
-        fadedGradient.colors[2] = fadedDark;
-    }
-};
 
 void strokeSegment(HMKDrawingContext& context, const HMKPosition<double>& from,
                    const HMKPosition<double>& to) {
@@ -66,7 +28,7 @@ void strokeSegment(HMKDrawingContext& context, const HMKPosition<double>& from,
 }
 
 void fillMarker(HMKDrawingContext& context, const HMKPosition<double>& at) {
-    context.setFillColor(kMarkerColor);
+    context.setFillColor(kHMKMarkerColor);
     context.addRect(at.x - kMarkerSize / 2, at.y - kMarkerSize / 2, kMarkerSize, kMarkerSize);
     context.fillPath();
 }
@@ -95,6 +57,24 @@ void fillCapsule(HMKDrawingContext& context, const HMKStitch& stitch,
 
 }  // namespace
 
+void HMKThreadPaint::setThreadColor(const HMKColor& threadColor) {
+    constexpr double kFadedAlpha = 0.1;
+    const double r = threadColor.red();
+    const double g = threadColor.green();
+    const double b = threadColor.blue();
+    const double grey = 0.21 * r + 0.71 * g + 0.08 * b + 0.22;
+    color = {r, g, b, 1.0};
+    dark = {r - 0.2, g - 0.2, b - 0.2, 1.0};
+    faded = {grey, grey, grey, kFadedAlpha};
+    fadedDark = {grey - 0.2, grey - 0.2, grey - 0.2, kFadedAlpha};
+    gradient.colors[0] = dark;
+    gradient.colors[1] = {r + 0.2, g + 0.2, b + 0.2, 1.0};
+    gradient.colors[2] = dark;
+    fadedGradient.colors[0] = fadedDark;
+    fadedGradient.colors[1] = {grey + 0.2, grey + 0.2, grey + 0.2, kFadedAlpha};
+    fadedGradient.colors[2] = fadedDark;
+}
+
 void HMKDesign::drawDesignInRect(const HMKRect& rect, HMKDrawingContext& context, bool show3D,
                                  bool showJumps, bool showStructure,
                                  std::int32_t showThread) const {
@@ -107,81 +87,57 @@ void HMKDesign::drawDesignInRect(const HMKRect& rect, HMKDrawingContext& context
     context.saveState();
     context.setRoundLineCap();
 
-    const double width = showStructure ? kStructureStitchWidth : kStitchWidth;
-    const double coreWidth = kCoreWidthFactor * width;
-    const double radius = width * kCoreWidthFactor * 0.5;
+    const double width = showStructure ? kHMKStructureStitchWidth : kHMKStitchWidth;
+    const double coreWidth = kHMKCoreWidthFactor * width;
+    const double radius = width * kHMKCoreWidthFactor * 0.5;
     const double jumpWidth = width * 0.5 >= kThinnestJumpWidth ? width * 0.5 : 0.0;
     const HMKRect visible{rect.x - kCullMargin, rect.y - kCullMargin, rect.width + 2 * kCullMargin,
                           rect.height + 2 * kCullMargin};
-    const HMKRange range = displayRange_;
-    const std::uint64_t lastIndex = range.location + range.length;
 
-    ThreadPaint paint;
-    std::int64_t thread = -1;
-    bool hidden = false;
-    bool previousWasNormal = false;
-
-    walkStitches<double>(stitches_, [&](std::size_t i, const HMKStitch& stitch,
-                                        const HMKPosition<double>& from,
-                                        const HMKPosition<double>& to) {
-        if (stitch.isColorChange || i == 0) {
-            ++thread;
-            if (thread >= static_cast<std::int64_t>(threads_.size())) {
-                // More colour changes than threads: the rest has no colour to be drawn in.
-                return false;
+    HMKThreadPaint paint;
+    std::size_t paintedThread = 0;
+    bool painted = false;
+    walkDrawnStitches(*this, &visible, showJumps, showThread, [&](const HMKDrawnStitch& drawn) {
+        // Colours are worked out once per thread.
+        if (!painted || drawn.thread != paintedThread) {
+            paint.setThreadColor(threads_[drawn.thread].color);
+            paintedThread = drawn.thread;
+            painted = true;
+        }
+        const bool faded = drawn.faded;
+        const HMKStitch& stitch = *drawn.stitch;
+        if (drawn.isThread) {
+            context.setLineDash(kSolid);
+            context.setLineWidth(width);
+            context.setStrokeColor(faded ? paint.fadedDark : paint.dark);
+            strokeSegment(context, drawn.from, drawn.to);
+            if (show3D) {
+                fillCapsule(context, stitch, drawn.from, drawn.to, radius,
+                            faded ? paint.fadedGradient : paint.gradient);
+            } else {
+                context.setLineWidth(coreWidth);
+                context.setStrokeColor(faded ? paint.faded : paint.color);
+                strokeSegment(context, drawn.from, drawn.to);
             }
-            const HMKThread& current = threads_[static_cast<std::size_t>(thread)];
-            hidden = !current.isShown;
-            paint.setThreadColor(current.color);
-        }
-        if (i > lastIndex) {
-            return false;
-        }
-
-        const bool drawn = range.location <= i + 1 && (showThread == -1 || thread == showThread) &&
-                           (stitch.isJumpStitch || visible.contains({from.x, from.y}) ||
-                            visible.contains({to.x, to.y})) &&
-                           !stitch.isNullStitch();
-        if (drawn) {
-            const bool faded = selectionActive_ || hidden;
-            if (previousWasNormal && !stitch.isJumpStitch) {
-                context.setLineDash(kSolid);
+            if (stitch.isSelected) {
                 context.setLineWidth(width);
-                context.setStrokeColor(faded ? paint.fadedDark : paint.dark);
-                strokeSegment(context, from, to);
-                if (show3D) {
-                    fillCapsule(context, stitch, from, to, radius,
-                                faded ? paint.fadedGradient : paint.gradient);
-                } else {
-                    context.setLineWidth(coreWidth);
-                    context.setStrokeColor(faded ? paint.faded : paint.color);
-                    strokeSegment(context, from, to);
-                }
-                if (stitch.isSelected) {
-                    context.setLineWidth(width);
-                    context.setStrokeColor(kSelectionColor);
-                    strokeSegment(context, from, to);
-                }
-                if (showStructure) {
-                    fillMarker(context, to);
-                }
-            } else if (showJumps) {
-                // The needle's move onto the first point of a run is drawn as a jump too.
-                context.setLineWidth(jumpWidth);
-                context.setLineDash(kJumpDash);
-                context.setStrokeColor(faded ? paint.faded : (show3D ? paint.dark : paint.color));
-                strokeSegment(context, from, to);
-                if (stitch.isSelected) {
-                    context.setStrokeColor(kSelectionColor);
-                    strokeSegment(context, from, to);
-                }
-                if (showStructure) {
-                    fillMarker(context, to);
-                }
+                context.setStrokeColor(kHMKSelectionColor);
+                strokeSegment(context, drawn.from, drawn.to);
+            }
+        } else {
+            // The needle's move onto the first point of a run is drawn as a jump too.
+            context.setLineWidth(jumpWidth);
+            context.setLineDash(kJumpDash);
+            context.setStrokeColor(faded ? paint.faded : (show3D ? paint.dark : paint.color));
+            strokeSegment(context, drawn.from, drawn.to);
+            if (stitch.isSelected) {
+                context.setStrokeColor(kHMKSelectionColor);
+                strokeSegment(context, drawn.from, drawn.to);
             }
         }
-        previousWasNormal = !stitch.isJumpStitch && !stitch.isColorChange;
-        return true;
+        if (showStructure) {
+            fillMarker(context, drawn.to);
+        }
     });
 
     context.restoreState();

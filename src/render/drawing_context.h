@@ -3,7 +3,10 @@
 // with a recording context. Colours are RGBA with components nominally 0..1 (not clamped here).
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <numbers>
 #include <vector>
 
 struct HMKRgba {
@@ -19,6 +22,11 @@ struct HMKGradient {
     std::vector<HMKRgba> colors;
     std::vector<double> locations;
     friend bool operator==(const HMKGradient&, const HMKGradient&) = default;
+};
+
+// Maps user space to device pixels: x' = a*x + c*y + tx, y' = b*x + d*y + ty.
+struct HMKAffineTransform {
+    double a = 1, b = 0, c = 0, d = 1, tx = 0, ty = 0;
 };
 
 class HMKDrawingContext {
@@ -52,3 +60,15 @@ public:
     virtual void drawLinearGradient(const HMKGradient& gradient, double startX, double startY,
                                     double endX, double endY) = 0;
 };
+
+// The signed sweep addArc draws from startAngle to endAngle (negative when clockwise), within
+// one full turn: every context turns its arguments into the same arc.
+inline double arcSweep(double startAngle, double endAngle, bool clockwise) {
+    constexpr double kFullTurn = 2 * std::numbers::pi;
+    double sweep = clockwise ? startAngle - endAngle : endAngle - startAngle;
+    if (sweep < 0) {
+        sweep = std::fmod(sweep, kFullTurn) + kFullTurn;
+    }
+    sweep = std::min(sweep, kFullTurn);
+    return clockwise ? -sweep : sweep;
+}

@@ -4,7 +4,6 @@
 
 #include <sys/wait.h>
 
-#include "platform/qt_raster_provider.h"
 #include "support/test_support.h"
 
 struct ToolRun {
@@ -46,9 +45,6 @@ inline HMKDesign imported(const std::filesystem::path& file) {
 
 class ToolTest : public ::testing::Test {
 protected:
-    // The tool draws PES and PEC thumbnails with Qt; exports made here must do the same.
-    void SetUp() override { installQtRasterProvider(); }
-
     // A copy of samples/name in the scratch folder.
     std::filesystem::path sample(const std::string& name) {
         std::filesystem::copy_file(std::filesystem::path(HEMLARK_SAMPLES_DIR) / name,

@@ -8,7 +8,6 @@
 #include <QThread>
 
 #include "document/recovery.h"
-#include "platform/qt_raster_provider.h"
 #include "support/test_support.h"
 
 namespace {
@@ -23,7 +22,6 @@ public:
             qputenv("QT_QPA_PLATFORM", "offscreen");
         }
         application_ = std::make_unique<QGuiApplication>(argc_, argv_);
-        installQtRasterProvider();
     }
     void TearDown() override { application_.reset(); }
 

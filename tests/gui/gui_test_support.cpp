@@ -6,7 +6,6 @@
 
 #include "document/recovery.h"
 #include "gui/design_canvas.h"
-#include "platform/qt_raster_provider.h"
 
 namespace {
 
@@ -19,7 +18,6 @@ public:
             qputenv("QT_QPA_PLATFORM", "offscreen");
         }
         application_ = std::make_unique<QApplication>(argc_, argv_);
-        installQtRasterProvider();
     }
     void TearDown() override { application_.reset(); }
 

@@ -4,9 +4,9 @@
 #include <cmath>
 
 #include "formats/read/readers.h"
+#include "formats/write/pec_thumbnails.h"
 #include "formats/write/writer_support.h"
 #include "formats/write/writers.h"
-#include "render/raster_provider.h"
 #include "support/test_support.h"
 
 namespace {
@@ -116,34 +116,13 @@ TEST_F(HostileExport, ColourComponentsOutsideTheUnitRangeAreClamped) {
     EXPECT_EQ(slice(read("Odd.pcs"), 4, 4), (Bytes{0xFF, 0xFF, 0x00, 0x00}));
 }
 
-// Notes the largest raster asked for and hands back blank pictures.
-class RecordingRaster : public HMKRasterProvider {
-public:
-    HMKRgbaImage render(int width, int height, const HMKAffineTransform&,
-                        const std::function<void(HMKDrawingContext&)>&) override {
-        largestSide = std::max({largestSide, width, height});
-        return blank(1, 1);
-    }
-    HMKRgbaImage scaled(const HMKRgbaImage&, int width, int height) override {
-        return blank(width, height);
-    }
-    int largestSide = 0;
-
-private:
-    static HMKRgbaImage blank(int width, int height) {
-        return {width, height, std::vector<std::uint8_t>(4 * width * height, 0)};
-    }
-};
-
 TEST_F(HostileExport, ThumbnailsOfDesignsFarWiderThanAnyHoopAreDrawnIntoABoundedRaster) {
-    auto raster = std::make_shared<RecordingRaster>();
-    installRasterProvider(raster);
+    // The thumbnail is drawn at its own small scale, whatever the design's size.
     HMKDesign design =
         makeDesign({stitch(1, 1), jump(100'000, 0), stitch(1, 1)}, {makeThread("1", "Undefined")});
     EXPECT_TRUE(design.exportDesignToURL(file("wide.pec")));
-    installRasterProvider(nullptr);
-    EXPECT_GT(raster->largestSide, 0);
-    EXPECT_LE(raster->largestSide, 2048);
+    design.setBounds(-3e38f, -1, 3e38f, 1);
+    EXPECT_EQ(design.exportPecBitmapToDataForThread(-1).size(), kPecThumbnailBytes);
 }
 
 TEST(DesignBounds, AnEmptyOrEndlessDesignHasAWidthAndHeight) {

@@ -1,7 +1,6 @@
 #include <map>
-#include <memory>
 
-#include "render/raster_provider.h"
+#include "formats/write/pec_thumbnails.h"
 #include "support/test_support.h"
 
 namespace {
@@ -13,15 +12,6 @@ HMKDesign tinyDesign() {
                    {makeThread("405", "Brother"), makeThread("620", "Brother")});
     design.setDesignName("Tiny.pes");
     return design;
-}
-
-// A thumbnail that holds only its fixed rows and the frame.
-DesignBytes emptyThumbnail() {
-    return DesignBytes({0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F,
-                        0x08, 0x00, 0x00, 0x00, 0x00, 0x10, 0x04, 0x00, 0x00, 0x00, 0x00, 0x20})
-        .repeat({0x02, 0x00, 0x00, 0x00, 0x00, 0x40}, 30)
-        .bytes({0x04, 0x00, 0x00, 0x00, 0x00, 0x20, 0x08, 0x00, 0x00, 0x00, 0x00, 0x10,
-                0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00});
 }
 
 DesignBytes tinyPecSection() {
@@ -43,37 +33,9 @@ DesignBytes tinyPecSection() {
                 0xFF});
 }
 
-// Records what the writer asks for and answers with a picture of one flat colour.
-class FlatRasterProvider : public HMKRasterProvider {
-public:
-    explicit FlatRasterProvider(std::uint8_t level) : level_(level) {}
-    HMKRgbaImage render(int width, int height, const HMKAffineTransform& transform,
-                        const std::function<void(HMKDrawingContext&)>&) override {
-        rendered = {width, height};
-        renderedTransform = transform;
-        return flat(width, height);
-    }
-    HMKRgbaImage scaled(const HMKRgbaImage&, int width, int height) override {
-        scaledTo = {width, height};
-        return flat(width, height);
-    }
-    std::pair<int, int> rendered, scaledTo;
-    HMKAffineTransform renderedTransform;
-
-private:
-    HMKRgbaImage flat(int width, int height) const {
-        HMKRgbaImage image{width, height, std::vector<std::uint8_t>(width * height * 4, level_)};
-        for (std::size_t i = 3; i < image.rgba.size(); i += 4)
-            image.rgba[i] = 255;
-        return image;
-    }
-    std::uint8_t level_;
-};
-
 }  // namespace
 
 TEST(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
-    installRasterProvider(nullptr);
     HMKDesign design = tinyDesign();
     const Bytes expected =
         DesignBytes()
@@ -99,7 +61,7 @@ TEST(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
             })
             .bytes({0x02, 0, 0, 0, 0x02, 0, 0x03, 0, 0x07, 0, 0x00, 0, 0, 0})
             .bytes(tinyPecSection())
-            .repeat(emptyThumbnail(), 3);
+            .bytes(pecThumbnails(design, true));
     EXPECT_EQ(writtenBy(&HMKDesign::exportPesDesignToURL, design), expected);
     EXPECT_EQ(design.designType(), "PES");
     EXPECT_EQ(design.designVersion(), 10);
@@ -108,9 +70,11 @@ TEST(PesWriter, WritesHeaderBlocksColourTablePecSectionAndThumbnails) {
     HMKDesign pec = tinyDesign();
     pec.setDesignHoop(HMKDesign::hoops().front());
     EXPECT_EQ(pec.exportPecSegmentToData(), Bytes(tinyPecSection()));
-    EXPECT_EQ(
-        writtenBy(&HMKDesign::exportPecDesignToURL, pec),
-        Bytes(DesignBytes().text("#PEC0001").bytes(tinyPecSection()).bytes(emptyThumbnail())));
+    EXPECT_EQ(writtenBy(&HMKDesign::exportPecDesignToURL, pec),
+              Bytes(DesignBytes()
+                        .text("#PEC0001")
+                        .bytes(tinyPecSection())
+                        .bytes(pecThumbnails(pec, false))));
     EXPECT_EQ(pec.designType(), "PEC");
     EXPECT_EQ(pec.designVersion(), 10);
     EXPECT_FALSE(pec.designHoop());
@@ -142,35 +106,10 @@ TEST(PesWriter, StitchDataAndColourCodes) {
     }
 }
 
-TEST(PesWriter, ThumbnailsScaleTheDesignIntoTheFrameAndFillDarkPixels) {
-    auto provider = std::make_shared<FlatRasterProvider>(179);
-    installRasterProvider(provider);
-    // A 23 x 4 design is drawn with 10 units around it, y flipped, and scaled to 42 wide; a
-    // pixel no brighter than 179 is filled: rows 7 to 29, columns 3 to 44.
-    const Bytes thumbnail = tinyDesign().exportPecBitmapToDataForThread(-1);
-    EXPECT_EQ(provider->rendered, std::pair(43, 24));
-    const HMKAffineTransform& t = provider->renderedTransform;
-    EXPECT_EQ((std::vector<double>{t.a, t.b, t.c, t.d, t.tx, t.ty}),
-              (std::vector<double>{1, 0, 0, -1, 20, 15}));
-    EXPECT_EQ(provider->scaledTo, std::pair(42, 23));
-    Bytes filled = emptyThumbnail();
-    for (int row = 7; row <= 29; ++row)
-        std::copy_n(Bytes{0xFA, 0xFF, 0xFF, 0xFF, 0xFF, 0x5F}.begin(), 6, filled.begin() + 6 * row);
-    EXPECT_EQ(thumbnail, filled);
-    // A brighter picture is drawn as its outline.
-    installRasterProvider(std::make_shared<FlatRasterProvider>(180));
-    EXPECT_EQ(slice(tinyDesign().exportPecBitmapToDataForThread(0), 6 * 15, 6),
-              (Bytes{0x0A, 0x00, 0x00, 0x00, 0x00, 0x50}));
-    // Tall designs are scaled to 32 rows.
-    installRasterProvider(provider);
-    makeDesign({stitch(0, 300), stitch(100, -600)}).exportPecBitmapToDataForThread(-1);
-    EXPECT_EQ(provider->rendered, std::pair(120, 620));
-    EXPECT_EQ(provider->scaledTo, std::pair(6, 32));  // 120 * 32 / 620 = 6.19
-    // A PES file holds one thumbnail for the design and one per thread.
+TEST(PesWriter, PesFilesHoldAThumbnailOfTheDesignAndOnePerThread) {
     HMKDesign design = makeDesign({stitch(1, 1), change(), change()});
     const Bytes file = writtenBy(&HMKDesign::exportPesDesignToURL, design);
     const std::size_t pecOffset = file[8] | file[9] << 8 | file[10] << 16;
-    EXPECT_EQ(file.size(),
-              pecOffset + 512 + (file[pecOffset + 514] | file[pecOffset + 515] << 8) + 4 * 228);
-    installRasterProvider(nullptr);
+    EXPECT_EQ(file.size(), pecOffset + 512 + (file[pecOffset + 514] | file[pecOffset + 515] << 8) +
+                               4 * kPecThumbnailBytes);
 }
