@@ -56,7 +56,7 @@ const std::array<FuzzedReader, 12> kReaders{{
      false},
     {[](HMKDesign& d, Bytes b, HMKError* e) { return importVp3DesignFromData(d, b, e); },
      {{150, 154}},
-     false},
+     true},
     {[](HMKDesign& d, Bytes b, HMKError* e) { return importPcxDesignFromData(d, b, e); },
      {{160, 165}},
      false},

@@ -51,14 +51,23 @@ int runInfo(const InfoOptions& options) {
         printWarnings(file, warnings);
         HMKSewingTimeSettings timing;
         timing.stitchesPerMinute = options.stitchesPerMinute;
+        // A file read by its content because its extension names another format says so.
+        const bool mismatch = imported && design.extensionMismatch();
         if (options.json) {
             HMKJson result = imported ? designJson(design, false, timing) : errorJson(error);
+            if (mismatch) {
+                result["extensionMismatch"] = true;
+            }
             if (!warnings.empty()) {
                 result["warnings"] = warnings;
             }
             results.push_back(std::move(result));
         } else if (imported) {
             std::cout << (i > 0 ? "\n" : "") << designInfoText(design, timing) << '\n';
+            if (mismatch) {
+                std::cout << "The file holds a " << design.designType()
+                          << " design; its extension names another format.\n";
+            }
         } else {
             printError(error, several ? std::string_view(file) : std::string_view());
         }

@@ -64,6 +64,12 @@ public:
     std::optional<std::uint32_t> u32be(std::size_t offset) const {
         return unsignedValue<std::uint32_t>(offset, 4, true);
     }
+    std::optional<std::int32_t> s32be(std::size_t offset) const {
+        auto value = u32be(offset);
+        if (!value)
+            return std::nullopt;
+        return static_cast<std::int32_t>(*value);
+    }
 
     // count bytes from offset, or none when they do not all lie inside the data.
     std::optional<std::span<const std::uint8_t>> slice(std::size_t offset,

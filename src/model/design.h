@@ -80,6 +80,10 @@ public:
     // Resets the bounds and widens them by the position after every record (float sums).
     void recomputeBounds();
 
+    // The file was read by the format its content names, after the reader its extension
+    // names refused it (a PES file named .pec); the design type says which format it holds.
+    bool extensionMismatch() const { return extensionMismatch_; }
+    void setExtensionMismatch(bool mismatch) { extensionMismatch_ = mismatch; }
     bool useThreadFile() const { return useThreadFile_; }
     void setUseThreadFile(bool use) { useThreadFile_ = use; }
     bool selectionActive() const { return selectionActive_; }
@@ -231,6 +235,7 @@ private:
     float yMin_ = 0;
     float xMax_ = 0;
     float yMax_ = 0;
+    bool extensionMismatch_ = false;
     bool useThreadFile_ = false;
     bool selectionActive_ = false;
     HMKRange displayRange_;

@@ -40,6 +40,22 @@ constexpr std::array<DstHeaderTag, 9> kDstHeaderTags = {{
     {"AY:", 119, "Unable to import DST file (missing AY: tag in header)."},
 }};
 
+std::array<std::uint8_t, kDstRecordSize> recordAt(const HMKByteReader& reader, std::size_t offset) {
+    return {reader.u8(offset).value_or(0), reader.u8(offset + 1).value_or(0),
+            reader.u8(offset + 2).value_or(kDstEndRecord)};
+}
+
+HMKStitch recordMove(const std::array<std::uint8_t, kDstRecordSize>& record, bool isJump,
+                     bool isColorChange) {
+    int dx = 0;
+    int dy = 0;
+    for (std::size_t byte = 0; byte < kDstRecordSize; ++byte) {
+        dx += kDstByteMoves[byte].dx[record[byte]];
+        dy += kDstByteMoves[byte].dy[record[byte]];
+    }
+    return HMKStitch(static_cast<float>(dx), static_cast<float>(dy), isJump, isColorChange);
+}
+
 }  // namespace
 
 bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
@@ -64,17 +80,15 @@ bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
     auto& stitches = design.stitches();
     stitches.reserve(stitches.size() + (reader.size() - kDstHeaderSize) / kDstRecordSize);
     HMKStitchAppender appender(design);
-    // Deliberate: a record is decoded only while offset + 3 is below the length, so the last
-    // three bytes of the file are never read as a record, even when they hold a stitch.
-    for (std::size_t offset = kDstHeaderSize; offset + kDstRecordSize < reader.size();
-         offset += kDstRecordSize) {
-        const std::uint8_t b0 = reader.u8(offset).value_or(0);
-        const std::uint8_t b1 = reader.u8(offset + 1).value_or(0);
-        const std::uint8_t b2 = reader.u8(offset + 2).value_or(kDstEndRecord);
-        if (b2 == kDstEndRecord) {
+    // The last three bytes of a file are normally its end record or the end record's 0x1A
+    // trailer, so the loop stops before them and they are looked at only below.
+    std::size_t offset = kDstHeaderSize;
+    for (; offset + kDstRecordSize < reader.size(); offset += kDstRecordSize) {
+        const std::array<std::uint8_t, kDstRecordSize> record = recordAt(reader, offset);
+        if (record[2] == kDstEndRecord) {
             return true;
         }
-        const std::uint8_t kind = b2 & kDstKindMask;
+        const std::uint8_t kind = record[2] & kDstKindMask;
         if (kind != kDstStitchKind && kind != kDstJumpKind && kind != kDstColorChangeKind) {
             return fail(error, 111, "Unable to import DST file (invalid function codes).");
         }
@@ -82,11 +96,17 @@ bool importDstDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
         if (isColorChange) {
             placeholders.appendTo(design);
         }
-        const float dx = static_cast<float>(kDstByteMoves[0].dx[b0] + kDstByteMoves[1].dx[b1] +
-                                            kDstByteMoves[2].dx[b2]);
-        const float dy = static_cast<float>(kDstByteMoves[0].dy[b0] + kDstByteMoves[1].dy[b1] +
-                                            kDstByteMoves[2].dy[b2]);
-        appender.append(dx, dy, kind == kDstJumpKind, isColorChange);
+        appender.append(recordMove(record, kind == kDstJumpKind, isColorChange));
+    }
+    // Files from some machines stop without an end record, their last stitch filling the
+    // final three bytes; that stitch is sewn, so it is kept. Anything else there (a colour
+    // change with nothing after it, padding) is not a stitch and is left out without error.
+    if (offset + kDstRecordSize == reader.size()) {
+        const std::array<std::uint8_t, kDstRecordSize> record = recordAt(reader, offset);
+        const std::uint8_t kind = record[2] & kDstKindMask;
+        if (record[2] != kDstEndRecord && (kind == kDstStitchKind || kind == kDstJumpKind)) {
+            appender.append(recordMove(record, kind == kDstJumpKind, false));
+        }
     }
     return true;
 }

@@ -1,6 +1,7 @@
 // Janome JEF and JPX: a little-endian header with the stitch-data offset, version, colour
 // count, hoop code, colour codes and tensions, then one stitch encoding shared by both. The
 // formats differ only in where the header fields lie and in how colour blocks are checked.
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -186,6 +187,18 @@ bool reconcileJefThreads(HMKDesign& design, std::size_t colorChanges) {
     return threads.size() == needed;
 }
 
+// JPX headers do not always list one colour per block, and such files are read all the same.
+// Left as they are, their threads would not match the blocks and no writer could save the
+// design, so they are brought into step: blocks the header did not describe get placeholders
+// as in JEF, and colours no block reaches are dropped. A header without colours keeps none.
+void reconcileJpxThreads(HMKDesign& design, std::size_t colorChanges) {
+    auto& threads = design.threads();
+    if (!reconcileJefThreads(design, colorChanges) && threads.size() > colorChanges + 1) {
+        threads.erase(threads.begin() + static_cast<std::ptrdiff_t>(colorChanges + 1),
+                      threads.end());
+    }
+}
+
 }  // namespace
 
 bool importJefDesignFromData(HMKDesign& design, std::span<const std::uint8_t> bytes,
@@ -228,8 +241,8 @@ bool importJpxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> by
     if (!readJanomeHeader(design, reader, kJpxLayout, &stitchOffset, error)) {
         return false;
     }
-    // JPX files are not checked for colour blocks against threads.
-    readJanomeStitches(design, reader, stitchOffset);
+    // Unlike JEF, a mismatch between colour blocks and threads is no reason to refuse the file.
+    reconcileJpxThreads(design, readJanomeStitches(design, reader, stitchOffset));
     return true;
 }
 

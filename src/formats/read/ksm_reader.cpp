@@ -21,6 +21,11 @@ constexpr std::uint8_t kKsmNegativeYBit = 0x20;
 constexpr std::uint8_t kKsmEnd = 0x88;
 constexpr std::uint8_t kKsmColorChange = 0x8B;
 constexpr std::uint8_t kKsmColorChangeMask = 0x8C;
+// Files from current machines also change the colour with 0x90: without it their designs lose
+// a block (19 colours read as 18 where the same design's other formats all have 19). Nothing
+// in those files says it starts a run of jumps, so unlike the other colour changes it leaves
+// the jump state as it finds it.
+constexpr std::uint8_t kKsmPlainColorChange = 0x90;
 constexpr std::uint8_t kKsmJumpRunStart = 0x89;
 constexpr std::uint8_t kKsmJumpRunStartMask = 0x8F;
 constexpr std::uint8_t kKsmJumpRunStartBits = 0x87;
@@ -56,10 +61,11 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
     // The first record moves the needle to the start of the design, so it is a jump.
     bool pendingJump = true;
     HMKStitchAppender appender(design);
-    for (std::size_t p = kKsmHeaderSize; reader.contains(p, kKsmRecordSize); p += kKsmRecordSize) {
-        auto yMagnitude = reader.u8(p);
-        auto xMagnitude = reader.u8(p + 1);
-        auto flag = reader.u8(p + 2);
+    for (std::size_t position = kKsmHeaderSize; reader.contains(position, kKsmRecordSize);
+         position += kKsmRecordSize) {
+        auto yMagnitude = reader.u8(position);
+        auto xMagnitude = reader.u8(position + 1);
+        auto flag = reader.u8(position + 2);
         if (!yMagnitude || !xMagnitude || !flag) {
             break;
         }
@@ -78,6 +84,9 @@ bool importKsmDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
         if (isColorChange(*flag)) {
             placeholders.appendTo(design);
             stitch.isJumpStitch = true;
+            stitch.isColorChange = true;
+        } else if (*flag == kKsmPlainColorChange) {
+            placeholders.appendTo(design);
             stitch.isColorChange = true;
         }
         // A run of jumps goes on record after record, through colour changes too, until a

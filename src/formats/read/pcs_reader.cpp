@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "formats/byte_reader.h"
@@ -29,11 +30,14 @@ constexpr std::uint8_t kPcxTypePcsSmallHoop = 2;
 constexpr std::uint8_t kPcxTypePcsLargeHoop = 3;
 constexpr const char* kPcxHoopVendor = "Pfaff";
 
-// 1/6 mm to 0.1 mm, in double precision as the format has always been read.
-constexpr double kPcxUnitsToDesignUnits = 1.6666666667;
-// Only the upper limits are checked, deliberately.
-constexpr double kPcxMaxX = 1200;
-constexpr double kPcxMaxY = 1150;
+// Positions are in 1/6 mm: 5/3 design units (0.1 mm) each, taken as the exact ratio so that a
+// design exactly at a limit does not come out a hair beyond it.
+constexpr double kPcxDesignUnitsPerFive = 5;
+constexpr double kPcxUnitsPerThree = 3;
+// The largest positions, 120 mm and 115 mm, compared in the file's own units (exactly 720 and
+// 690) so that no rounding decides. Only the upper limits are checked, deliberately.
+constexpr std::int32_t kPcxMaxX = 720;
+constexpr std::int32_t kPcxMaxY = 690;
 // Half the hoop size in 0.1 mm: hoop millimetres x 10 x 0.5.
 constexpr double kPcxHalfHoopPerMm = 5;
 // Moves longer than 12 mm on either axis cannot be sewn and become jumps.
@@ -45,6 +49,10 @@ bool failTooSmall(HMKError* error) {
     return fail(error, 160, "Unable to read PCx (file too small)");
 }
 
+double designUnits(std::int32_t raw) {
+    return raw * kPcxDesignUnitsPerFive / kPcxUnitsPerThree;
+}
+
 HMKThread paletteThread(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
     HMKColor color(red / kPcxMaxColorByte, green / kPcxMaxColorByte, blue / kPcxMaxColorByte);
     std::string name = formatText(
@@ -54,17 +62,25 @@ HMKThread paletteThread(std::uint8_t red, std::uint8_t green, std::uint8_t blue)
                      localizedString(kDesignStringTable, "PATTERN_PALETTE", "Threadcolors"));
 }
 
-}  // namespace
+// What the header says about the records that follow it.
+struct PcxHeader {
+    bool isPcs = false;
+    std::size_t colorCount = 0;
+    std::size_t stitchCount = 0;
+    std::size_t firstRecord = 0;
+};
 
-bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
-                             HMKError* error) {
-    HMKByteReader reader(data);
-    const std::size_t length = reader.size();
-    if (length < kPcxHeaderSize) {
-        return failTooSmall(error);
+// Checks the header, sets type, version and (for PCS) the hoop; none after failing with the
+// header's code.
+std::optional<PcxHeader> readPcxHeader(const HMKByteReader& reader, HMKDesign& design,
+                                       HMKError* error) {
+    if (reader.size() < kPcxHeaderSize) {
+        failTooSmall(error);
+        return std::nullopt;
     }
     if (reader.u8(0) != kPcsMagic) {
-        return fail(error, 161, "Unable to read PCx (missing magic)");
+        fail(error, 161, "Unable to read PCx (missing magic)");
+        return std::nullopt;
     }
     const std::uint8_t type = reader.u8(kPcsTypeOffset).value_or(0);
     switch (type) {
@@ -79,105 +95,163 @@ bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> da
             design.setDesignType("PCS");
             break;
         default:
-            return fail(error, 162, "Unable to read PCx (invalid type)");
+            fail(error, 162, "Unable to read PCx (invalid type)");
+            return std::nullopt;
     }
-    const bool isPcs = type == kPcxTypePcsSmallHoop || type == kPcxTypePcsLargeHoop;
+    PcxHeader header;
+    header.isPcs = type == kPcxTypePcsSmallHoop || type == kPcxTypePcsLargeHoop;
     design.setDesignVersion(kPcxVersion);
-    if (isPcs) {
+    if (header.isPcs) {
         design.setHoopFromVendor(kPcxHoopVendor, type);
     }
 
-    const std::size_t colorCount = reader.u16le(kPcsColorCountOffset).value_or(0);
-    if (colorCount > kPcsMaxColors) {
-        return fail(error, 163, "Unable to read PCx (color palette > 16)");
+    header.colorCount = reader.u16le(kPcsColorCountOffset).value_or(0);
+    if (header.colorCount > kPcsMaxColors) {
+        fail(error, 163, "Unable to read PCx (color palette > 16)");
+        return std::nullopt;
     }
-    const std::size_t stitchCountOffset = kPcsPaletteOffset + kPcsPaletteEntrySize * colorCount;
+    const std::size_t stitchCountOffset =
+        kPcsPaletteOffset + kPcsPaletteEntrySize * header.colorCount;
     const auto stitchCount = reader.u16le(stitchCountOffset);
     // The second size check counts two bytes more than the records need; kept as it stands.
-    if (!stitchCount || length < stitchCountOffset + 4 + kPcsRecordSize * *stitchCount) {
-        return failTooSmall(error);
+    if (!stitchCount || reader.size() < stitchCountOffset + 4 + kPcsRecordSize * *stitchCount) {
+        failTooSmall(error);
+        return std::nullopt;
     }
+    header.stitchCount = *stitchCount;
+    header.firstRecord = stitchCountOffset + 2;
+    return header;
+}
 
-    design.resetBounds();
-    const double halfHoopWidth = design.hoopWidth() * kPcxHalfHoopPerMm;
-    const double halfHoopHeight = design.hoopHeight() * kPcxHalfHoopPerMm;
-    const std::size_t firstRecord = stitchCountOffset + 2;
-    auto& stitches = design.stitches();
-    // Not sized from the header alone: colour records come on top of the counted ones, and
-    // the file must hold every record reserved for.
-    stitches.reserve(stitches.size() + (length - firstRecord) / kPcsRecordSize);
+// Everything the records carry from one to the next.
+struct PcxState {
+    PcxState(HMKDesign& design, const PcxHeader& header)
+        : design(design),
+          header(header),
+          appender(design),
+          halfHoopWidth(design.hoopWidth() * kPcxHalfHoopPerMm),
+          halfHoopHeight(design.hoopHeight() * kPcxHalfHoopPerMm) {}
 
+    HMKDesign& design;
+    const PcxHeader& header;
+    HMKStitchAppender appender;
+    double halfHoopWidth;
+    double halfHoopHeight;
     // The hoop centre is where the needle starts (the writer's colour record 0 stays there).
     double previousX = 0;
     double previousY = 0;
-    HMKStitchAppender appender(design);
-    bool isFirstRecord = true;
+    // The first record only sets where the design starts.
+    std::optional<std::pair<std::int32_t, std::int32_t>> start;
     bool madeThread = false;
+    std::size_t stitchRecordsRead = 0;
     // Built once per palette entry: colour records may follow each other closely.
     std::array<std::optional<HMKThread>, kPcsMaxColors> paletteThreads;
-    std::size_t stitchRecordsRead = 0;
-    for (std::size_t record = firstRecord;
-         stitchRecordsRead < *stitchCount && reader.contains(record, kPcsRecordSize);
-         record += kPcsRecordSize) {
-        const std::int32_t rawX =
-            decodePcsCoordinate(reader.u24le(record + kPcsRecordXOffset).value_or(0));
-        const std::int32_t rawY =
-            decodePcsCoordinate(reader.u24le(record + kPcsRecordYOffset).value_or(0));
-        const std::uint8_t flag = reader.u8(record + kPcsRecordFlagOffset).value_or(0);
-        if (rawX * kPcxUnitsToDesignUnits > kPcxMaxX || rawY * kPcxUnitsToDesignUnits > kPcxMaxY) {
-            return fail(error, 165, "Unable to read PCx (invalid stitch position)");
+};
+
+// A colour record of a PCS file adds its palette entry's thread; false after failing with 164.
+bool addPaletteThread(const HMKByteReader& reader, std::size_t record, PcxState& state,
+                      HMKError* error) {
+    const std::size_t index = reader.u8(record + kPcsRecordColorIndexOffset).value_or(0);
+    if (index >= state.header.colorCount) {
+        return fail(error, 164, "Unable to read PCS (invalid color index)");
+    }
+    auto& thread = state.paletteThreads[index];
+    if (!thread) {
+        const std::size_t entry = kPcsPaletteOffset + kPcsPaletteEntrySize * index;
+        thread = paletteThread(reader.u8(entry).value_or(0), reader.u8(entry + 1).value_or(0),
+                               reader.u8(entry + 2).value_or(0));
+    }
+    state.design.threads().push_back(*thread);
+    state.madeThread = true;
+    return true;
+}
+
+// One 9-byte record at offset record, the last one the reader will take when isLast; false
+// after failing with its code.
+bool readPcxRecord(const HMKByteReader& reader, std::size_t record, bool isLast, PcxState& state,
+                   HMKError* error) {
+    const std::int32_t rawX =
+        decodePcsCoordinate(reader.u24le(record + kPcsRecordXOffset).value_or(0));
+    const std::int32_t rawY =
+        decodePcsCoordinate(reader.u24le(record + kPcsRecordYOffset).value_or(0));
+    const std::uint8_t flag = reader.u8(record + kPcsRecordFlagOffset).value_or(0);
+    if (rawX > kPcxMaxX || rawY > kPcxMaxY) {
+        return fail(error, 165, "Unable to read PCx (invalid stitch position)");
+    }
+    double positionX = designUnits(rawX) - state.halfHoopWidth;
+    double positionY = designUnits(rawY) - state.halfHoopHeight;
+    bool isJump = false;
+    bool isColorChange = false;
+    auto& stitches = state.design.stitches();
+    if (state.header.isPcs && flag == kPcsColorRecord) {
+        if (!addPaletteThread(reader, record, state, error)) {
+            return false;
         }
-        double positionX = rawX * kPcxUnitsToDesignUnits - halfHoopWidth;
-        double positionY = rawY * kPcxUnitsToDesignUnits - halfHoopHeight;
-        bool isJump = false;
-        bool isColorChange = false;
-        if (isPcs && flag == kPcsColorRecord) {
-            const std::size_t index = reader.u8(record + kPcsRecordColorIndexOffset).value_or(0);
-            if (index >= colorCount) {
-                return fail(error, 164, "Unable to read PCS (invalid color index)");
-            }
-            auto& thread = paletteThreads[index];
-            if (!thread) {
-                const std::size_t entry = kPcsPaletteOffset + kPcsPaletteEntrySize * index;
-                thread =
-                    paletteThread(reader.u8(entry).value_or(0), reader.u8(entry + 1).value_or(0),
-                                  reader.u8(entry + 2).value_or(0));
-            }
-            design.threads().push_back(*thread);
-            madeThread = true;
-            isColorChange = true;
-            if (rawX == 0 || rawY == 0) {
-                positionX = previousX;
-                positionY = previousY;
-            } else {
-                design.setDesignVersion(kPcxMovingColorVersion);
-            }
+        isColorChange = true;
+        if (rawX == 0 || rawY == 0) {
+            positionX = state.previousX;
+            positionY = state.previousY;
         } else {
-            ++stitchRecordsRead;
-            if (isPcs && flag == kPcsJumpRecord) {
-                isJump = true;
-            } else if (positionX == previousX && positionY == previousY && !stitches.empty()) {
-                // A stitch onto the same spot marks the move before it as a jump.
-                stitches.back().isJumpStitch = true;
-            }
+            state.design.setDesignVersion(kPcxMovingColorVersion);
         }
-        if (!isFirstRecord) {
-            const double dx = positionX - previousX;
-            const double dy = positionY - previousY;
-            if (std::fabs(dx) > kPcxMaxStitchLength || std::fabs(dy) > kPcxMaxStitchLength) {
-                isJump = true;
-            }
-            appender.append(static_cast<float>(dx), static_cast<float>(dy), isJump, isColorChange);
+    } else {
+        ++state.stitchRecordsRead;
+        // PCD and PCQ files end with the same jump back to the start that PCS files flag 4;
+        // sewn, it would draw a line across the whole design.
+        const bool returnsToStart = isLast && state.start == std::pair{rawX, rawY};
+        if (flag == kPcsJumpRecord && (state.header.isPcs || returnsToStart)) {
+            isJump = true;
+        } else if (positionX == state.previousX && positionY == state.previousY &&
+                   !stitches.empty()) {
+            // A stitch onto the same spot marks the move before it as a jump.
+            stitches.back().isJumpStitch = true;
         }
-        isFirstRecord = false;
-        previousX = positionX;
-        previousY = positionY;
+    }
+    if (state.start) {
+        const double dx = positionX - state.previousX;
+        const double dy = positionY - state.previousY;
+        if (std::fabs(dx) > kPcxMaxStitchLength || std::fabs(dy) > kPcxMaxStitchLength) {
+            isJump = true;
+        }
+        state.appender.append(static_cast<float>(dx), static_cast<float>(dy), isJump,
+                              isColorChange);
+    } else {
+        state.start = std::pair{rawX, rawY};
+    }
+    state.previousX = positionX;
+    state.previousY = positionY;
+    return true;
+}
+
+}  // namespace
+
+bool importPcxDesignFromData(HMKDesign& design, std::span<const std::uint8_t> data,
+                             HMKError* error) {
+    const HMKByteReader reader(data);
+    const auto header = readPcxHeader(reader, design, error);
+    if (!header) {
+        return false;
+    }
+    design.resetBounds();
+    // Not sized from the header alone: colour records come on top of the counted ones, and
+    // the file must hold every record reserved for.
+    design.stitches().reserve(design.stitches().size() +
+                              (reader.size() - header->firstRecord) / kPcsRecordSize);
+    PcxState state(design, *header);
+    for (std::size_t record = header->firstRecord;
+         state.stitchRecordsRead < header->stitchCount && reader.contains(record, kPcsRecordSize);
+         record += kPcsRecordSize) {
+        const bool isLast = state.stitchRecordsRead + 1 == header->stitchCount ||
+                            !reader.contains(record + kPcsRecordSize, kPcsRecordSize);
+        if (!readPcxRecord(reader, record, isLast, state, error)) {
+            return false;
+        }
     }
 
-    if (!madeThread) {
+    if (!state.madeThread) {
         HMKPlaceholderThreads().appendTo(design);
     }
-    if (!isPcs) {
+    if (!header->isPcs) {
         // Deliberate: PCD and PCQ stretch the box to the origin horizontally only.
         design.setBounds(std::min(design.xMin(), 0.0f), design.yMin(), design.xMax(),
                          design.yMax());

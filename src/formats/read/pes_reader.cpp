@@ -25,7 +25,11 @@ constexpr std::size_t kVersionDigits = 4;
 constexpr std::size_t kPesMinimumFileSize = 8;
 constexpr std::size_t kPecMinimumFileSize = 11;
 constexpr std::size_t kPecSectionTagOffset = 8;
-constexpr std::array<int, 13> kPesVersions = {1, 20, 25, 30, 40, 50, 55, 56, 60, 70, 71, 80, 90};
+// Current digitizing software writes "0100", "0110" and "0111"; their PEC section is laid out
+// like every other version's, so they are read the same way. Versions not seen in files stay
+// refused.
+constexpr std::array<int, 16> kPesVersions = {1,  20, 25, 30, 40, 50,  55,  56,
+                                              60, 70, 71, 80, 90, 100, 110, 111};
 constexpr int kPecVersion = 1;
 // Version 1 is kept as 10 (tenths); the later versions are kept as written.
 constexpr std::int32_t kVersionOneDesignVersion = 10;
@@ -103,6 +107,32 @@ std::optional<PecCoordinate> readPecCoordinate(const HMKByteReader& reader, std:
         return std::nullopt;
     }
     return PecCoordinate{decodePecLong(*first, *second), *first, 2};
+}
+
+// Where the stitch data's start position is measured from. Machine-written files measure it
+// from the top-left corner of the design's extents, which puts the extents' centre on the
+// origin. Files from some widely used converters measure it from the design's own origin
+// instead; read the first way they come out shifted by half the design's size (x by -w/2, y by
+// +h/2), outside every hoop and refused by every writer that checks centring. The two readings
+// differ only by that shift, so the file's own extents decide: the reading that puts the
+// decoded stitches' centre nearer the origin is the one the file was written for (the corner
+// reading on a tie). Either way no design ends up further from its centre than the corner
+// reading alone would put it. The file readers hand the segment an emptied design, so the
+// design's bounds are the decoded stitches' own.
+void placeStartByItsConvention(HMKDesign& design, std::size_t firstStitch, int halfWidth,
+                               int halfHeight) {
+    const double centerX = (double{design.xMin()} + design.xMax()) / 2;
+    const double centerY = (double{design.yMin()} + design.yMax()) / 2;
+    const double originCenterX = centerX + halfWidth;
+    const double originCenterY = centerY - halfHeight;
+    if (originCenterX * originCenterX + originCenterY * originCenterY >=
+        centerX * centerX + centerY * centerY) {
+        return;
+    }
+    HMKStitch& start = design.stitches()[firstStitch];
+    start.deltaX += static_cast<float>(halfWidth);
+    start.deltaY -= static_cast<float>(halfHeight);
+    design.recomputeBounds();
 }
 
 // Code 33 alone carries its text as the failure reason (kept as the files' readers expect).
@@ -222,6 +252,7 @@ std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> s
         decodePecLong(reader.u8(offset + 2).value_or(0), reader.u8(offset + 3).value_or(0));
     const int halfWidth = reader.s16le(kPecSegmentWidthOffset).value_or(0) / 2;
     const int halfHeight = reader.s16le(kPecSegmentHeightOffset).value_or(0) / 2;
+    const std::size_t firstStitch = stitches().size();
     HMKStitchAppender appender(*this);
     appender.append(static_cast<float>(startX - halfWidth), static_cast<float>(halfHeight - startY),
                     true, false);
@@ -242,6 +273,7 @@ std::int32_t HMKDesign::importPecStichesFromData(std::span<const std::uint8_t> s
     while (position < end) {
         const std::uint8_t first = reader.u8(position).value_or(kPecEndOfStitches);
         if (first == kPecEndOfStitches) {
+            placeStartByItsConvention(*this, firstStitch, halfWidth, halfHeight);
             return colorBlocks;
         }
         if (first == kPecCommand && reader.u8(position + 1) == kPecColorChange) {

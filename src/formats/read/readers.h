@@ -75,6 +75,9 @@ public:
     void append(float dx, float dy, bool isJump, bool isColorChange) {
         append(HMKStitch(dx, dy, isJump, isColorChange));
     }
+    // The needle position after the last appended stitch.
+    float x() const { return x_; }
+    float y() const { return y_; }
 
 private:
     HMKDesign& design_;

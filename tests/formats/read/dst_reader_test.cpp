@@ -36,7 +36,12 @@ TEST(DstReader, ReadsWhatTheGoldenFileRecords) {
         {"invalid function code 0x00", dstFile({0, 0, 0x00, 0, 0, 0xF3})},
         {"invalid function code 0x01", dstFile({0, 0, 0x01, 0, 0, 0xF3})},
         {"the smallest file with a record", dstFile({0x01, 0, 0x03, 0x1A})},
-        {"the last three bytes are never decoded", dstFile({0x01, 0, 0x03, 0x02, 0, 0x03})},
+        // Files without an end record: a stitch or jump in the last three bytes is kept,
+        // anything else there is no stitch.
+        {"a last stitch without an end record", dstFile({0x01, 0, 0x03, 0x02, 0, 0x03})},
+        {"a last jump without an end record", dstFile({0x01, 0, 0x03, 0x02, 0, 0x83})},
+        {"a last colour change without an end record", dstFile({0x01, 0, 0x03, 0, 0, 0xC3})},
+        {"a last record of no kind", dstFile({0x01, 0, 0x03, 0, 0, 0x1A})},
         {"nothing after the end record", dstFile({0x01, 0, 0x03, 0, 0, 0xF3, 0, 0, 0x00, 0x1A})},
         {"empty: one placeholder thread, the empty bounds", dstFile({0, 0, 0xF3, 0x1A})},
         // +9 x as a jump, +1 y as a colour change, -27 x as a stitch, then an invalid record.

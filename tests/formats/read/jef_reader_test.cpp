@@ -91,7 +91,7 @@ TEST(JefReader, ReadsWhatTheGoldenFileRecords) {
          janomeFile({.colors = 5, .colorChanges = 1})},
         {"no colours", jef("jef"), janomeFile({.colors = 0})},
         {"no colours to copy", jef("jef"), janomeFile({.colors = 0, .colorChanges = 2})},
-        {"JPX: its own layout, a colour mismatch accepted", jpx,
+        {"JPX: its own layout, a colour mismatch accepted and its threads cut to the blocks", jpx,
          janomeFile({.colors = 5, .colorChanges = 1, .version = 2, .hoopCode = 1}, true)},
         {"JPX: a truncated control record ends the design", jpx,
          janomeFile({.stitches = {1, 2, 0x80, 1}}, true)},
