@@ -1,6 +1,6 @@
 // The renderer's decisions, read back from a recording context as one line per painting call
 // (width and colour of each stroke, dashed or solid, the path) for a table of named cases, and
-// compared with tests/golden/renderer.txt, which reads as the renderer's specification.
+// compared with tests/golden/renderer.txt, which reads as a description of what the renderer draws.
 #include <gtest/gtest.h>
 
 #include <cstdio>
