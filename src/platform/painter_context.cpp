@@ -258,14 +258,10 @@ const QGradientStops& HMKPainterContext::stopsOf(const HMKGradient& gradient) {
     }
     lastGradient_ = gradient;
     lastStops_.clear();
-    double previous = 0;
+    // Qt wants ascending locations within 0..1.
+    const std::vector<double> locations = gradientStopLocations(gradient);
     for (std::size_t i = 0; i < gradient.colors.size(); ++i) {
-        double location =
-            i < gradient.locations.size() ? gradient.locations[i] : static_cast<double>(i);
-        // Qt wants ascending locations within 0..1.
-        location = std::clamp(location, previous, 1.0);
-        previous = location;
-        lastStops_.append({location, toQColor(gradient.colors[i])});
+        lastStops_.append({locations[i], toQColor(gradient.colors[i])});
     }
     return lastStops_;
 }

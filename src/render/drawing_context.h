@@ -24,6 +24,21 @@ struct HMKGradient {
     friend bool operator==(const HMKGradient&, const HMKGradient&) = default;
 };
 
+// Where each of the gradient's colours stands, ascending within 0..1 as painting needs them: a
+// colour without a location takes its index, and a location below the one before takes that.
+inline std::vector<double> gradientStopLocations(const HMKGradient& gradient) {
+    std::vector<double> stops;
+    stops.reserve(gradient.colors.size());
+    double previous = 0;
+    for (std::size_t i = 0; i < gradient.colors.size(); ++i) {
+        const double location =
+            i < gradient.locations.size() ? gradient.locations[i] : static_cast<double>(i);
+        previous = std::clamp(location, previous, 1.0);
+        stops.push_back(previous);
+    }
+    return stops;
+}
+
 // Maps user space to device pixels: x' = a*x + c*y + tx, y' = b*x + d*y + ty.
 struct HMKAffineTransform {
     double a = 1, b = 0, c = 0, d = 1, tx = 0, ty = 0;

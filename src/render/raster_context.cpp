@@ -787,12 +787,9 @@ void HMKRasterContext::paintGradientShape(const HMKGradient& gradient, Point sta
         gradientTable_.assign(kGradientTableSize, 0);
         // Stops in ascending order within 0..1, as premultiplied components.
         std::vector<std::pair<double, std::array<double, 4>>> stops;
-        double previous = 0;
+        const std::vector<double> locations = gradientStopLocations(gradient);
         for (std::size_t i = 0; i < gradient.colors.size(); ++i) {
-            double location =
-                i < gradient.locations.size() ? gradient.locations[i] : static_cast<double>(i);
-            location = std::clamp(location, previous, 1.0);
-            previous = location;
+            const double location = locations[i];
             const std::uint32_t pixel = premultipliedPixel(gradient.colors[i]);
             stops.push_back({location,
                              {double(pixel >> 24), double((pixel >> 16) & 0xff),
